@@ -1,0 +1,30 @@
+# Host builds use Debian's builds of the platform's liblog and libutils; their headers sit under
+# /usr/include/android so that sources include them by their device paths (<android/log.h>,
+# <utils/StrongPointer.h>).
+find_path(ANDROID_HOST_INCLUDE_DIR android/log.h PATHS /usr/include/android NO_DEFAULT_PATH)
+find_library(ANDROID_LOG_LIBRARY log PATHS /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/android NO_DEFAULT_PATH)
+find_library(ANDROID_UTILS_LIBRARY utils PATHS /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/android NO_DEFAULT_PATH)
+if(NOT ANDROID_HOST_INCLUDE_DIR OR NOT ANDROID_LOG_LIBRARY OR NOT ANDROID_UTILS_LIBRARY)
+  message(FATAL_ERROR "android-liblog-dev and android-libutils-dev are needed (./mmi installs them)")
+endif()
+get_filename_component(ANDROID_HOST_LIB_DIR ${ANDROID_LOG_LIBRARY} DIRECTORY)
+
+add_library(android_log SHARED IMPORTED GLOBAL)
+set_target_properties(android_log PROPERTIES IMPORTED_LOCATION ${ANDROID_LOG_LIBRARY}
+  INTERFACE_INCLUDE_DIRECTORIES ${ANDROID_HOST_INCLUDE_DIR})
+add_library(android_utils SHARED IMPORTED GLOBAL)
+set_target_properties(android_utils PROPERTIES IMPORTED_LOCATION ${ANDROID_UTILS_LIBRARY}
+  INTERFACE_INCLUDE_DIRECTORIES ${ANDROID_HOST_INCLUDE_DIR})
+# The Debian libraries live outside the loader's default path.
+set(CMAKE_BUILD_RPATH ${ANDROID_HOST_LIB_DIR})
+list(APPEND CMAKE_BUILD_RPATH ${CMAKE_BINARY_DIR}/lib)
+
+set(JAVA_HOME_HINT /usr/lib/jvm/java-17-openjdk-amd64)
+if(NOT DEFINED ENV{JAVA_HOME} AND EXISTS ${JAVA_HOME_HINT})
+  set(ENV{JAVA_HOME} ${JAVA_HOME_HINT})
+endif()
+find_package(JNI REQUIRED)
+find_package(Java 17 REQUIRED COMPONENTS Development Runtime)
+find_package(GTest REQUIRED)
+
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
