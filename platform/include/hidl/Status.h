@@ -1,0 +1,131 @@
+// Host build of the transport's call status and result types. As on a device, a result whose
+// transport failed and whose status nobody looked at ends the process when it is destroyed.
+#ifndef HIDL_STATUS_H
+#define HIDL_STATUS_H
+
+#include <utils/Errors.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+namespace android {
+namespace hardware {
+
+class Status final {
+  public:
+    enum Exception : int32_t {
+        EX_NONE = 0,
+        EX_TRANSACTION_FAILED = -129,
+    };
+
+    Status() = default;
+    static Status ok() { return Status(); }
+    static Status fromStatusT(status_t status) {
+        Status s;
+        if (status != OK) {
+            s.mException = EX_TRANSACTION_FAILED;
+            s.mErrorCode = status;
+        }
+        return s;
+    }
+
+    bool isOk() const { return mException == EX_NONE; }
+    int32_t exceptionCode() const { return mException; }
+    status_t transactionError() const { return mErrorCode; }
+    std::string description() const {
+        if (isOk()) return "No error";
+        return "Status(EX_TRANSACTION_FAILED): '" +
+               std::string(mErrorCode == DEAD_OBJECT ? "DEAD_OBJECT" : "UNKNOWN_ERROR") + "'";
+    }
+
+  private:
+    int32_t mException = EX_NONE;
+    status_t mErrorCode = OK;
+};
+
+namespace details {
+class return_status {
+  public:
+    return_status() = default;
+    explicit return_status(const Status& s) : mStatus(s) {}
+    return_status(return_status&& other) noexcept : mStatus(other.mStatus) {
+        mCheckedStatus = other.mCheckedStatus;
+        other.mCheckedStatus = true;
+    }
+    return_status& operator=(return_status&& other) noexcept {
+        if (!mCheckedStatus) assertOk();
+        mStatus = other.mStatus;
+        mCheckedStatus = other.mCheckedStatus;
+        other.mCheckedStatus = true;
+        return *this;
+    }
+    return_status(const return_status&) = delete;
+    return_status& operator=(const return_status&) = delete;
+    ~return_status() {
+        if (!mCheckedStatus && !mStatus.isOk()) {
+            std::fprintf(stderr, "Failed HIDL return status not checked: %s\n",
+                         mStatus.description().c_str());
+            std::abort();
+        }
+    }
+
+    bool isOk() const {
+        mCheckedStatus = true;
+        return mStatus.isOk();
+    }
+    bool isDeadObject() const {
+        return !mStatus.isOk() && mStatus.transactionError() == DEAD_OBJECT;
+    }
+    std::string description() const { return mStatus.description(); }
+    void assertOk() const {
+        mCheckedStatus = true;
+        if (!mStatus.isOk()) {
+            std::fprintf(stderr, "Attempted to retrieve value from failed HIDL call: %s\n",
+                         mStatus.description().c_str());
+            std::abort();
+        }
+    }
+
+  protected:
+    Status mStatus;
+    mutable bool mCheckedStatus = false;
+};
+}  // namespace details
+
+template <typename T>
+class Return : public details::return_status {
+  public:
+    Return(T v) : details::return_status(), mVal(std::move(v)) {}  // NOLINT
+    Return(Status s) : details::return_status(s), mVal{} {}        // NOLINT
+    Return(Return&& other) noexcept = default;
+    Return& operator=(Return&&) noexcept = default;
+
+    // The checked accessor: reading the value of a failed call ends the process.
+    operator T() const {  // NOLINT(google-explicit-constructor)
+        assertOk();
+        return mVal;
+    }
+    T withDefault(T t) { return isOk() ? mVal : t; }
+
+  private:
+    T mVal;
+};
+
+template <>
+class Return<void> : public details::return_status {
+  public:
+    Return() : details::return_status() {}
+    Return(const Status& s) : details::return_status(s) {}  // NOLINT
+    Return(Return&& other) noexcept = default;
+    Return& operator=(Return&&) noexcept = default;
+};
+
+inline Return<void> Void() { return Return<void>(); }
+
+}  // namespace hardware
+}  // namespace android
+
+#endif

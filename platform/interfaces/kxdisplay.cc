@@ -1,0 +1,121 @@
+// Host client proxies and service-manager glue of vendor.tavrin.hardware.kxdisplay.
+
+#include <hidl/HostTransport.h>
+#include <vendor/tavrin/hardware/kxdisplay/1.0/IDisplay.h>
+#include <vendor/tavrin/hardware/kxdisplay/1.1/IDisplay.h>
+
+namespace {
+
+using ::android::sp;
+using ::android::hardware::hidl_string;
+using ::android::hardware::hidl_vec;
+using ::android::hardware::Return;
+using ::android::hardware::details::HostProxy;
+
+template <typename I>
+class DisplayProxyV1_0 : public HostProxy<I> {
+  public:
+    using HostProxy<I>::HostProxy;
+};
+
+template <typename I>
+class DisplayProxyV1_1 : public DisplayProxyV1_0<I> {
+  public:
+    using DisplayProxyV1_0<I>::DisplayProxyV1_0;
+    Return<int32_t> setDisplayFps(int32_t freqIndex) override {
+        return this
+            ->template transact<::vendor::tavrin::hardware::kxdisplay::V1_1::IDisplay, int32_t>(
+                23, "setDisplayFps", [&](::vendor::tavrin::hardware::kxdisplay::V1_1::IDisplay& s) {
+                    return s.setDisplayFps(freqIndex);
+                });
+    }
+    Return<void> getDisplayFpsConfig(
+        typename ::vendor::tavrin::hardware::kxdisplay::V1_1::IDisplay::getDisplayFpsConfig_cb
+            _hidl_cb) override {
+        return this->template transact<::vendor::tavrin::hardware::kxdisplay::V1_1::IDisplay, void>(
+            24, "getDisplayFpsConfig",
+            [&](::vendor::tavrin::hardware::kxdisplay::V1_1::IDisplay& s) {
+                return s.getDisplayFpsConfig(_hidl_cb);
+            });
+    }
+};
+
+}  // namespace
+
+namespace vendor {
+namespace tavrin {
+namespace hardware {
+namespace kxdisplay {
+namespace V1_0 {
+
+const char* IDisplay::descriptor = "vendor.tavrin.hardware.kxdisplay@1.0::IDisplay";
+
+Return<void> IDisplay::interfaceChain(interfaceChain_cb _hidl_cb) {
+    _hidl_cb({hidl_string(::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay::descriptor),
+              hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
+    return ::android::hardware::Void();
+}
+
+Return<sp<IDisplay>> IDisplay::castFrom(
+    const sp<::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay>& parent, bool emitError) {
+    (void)emitError;
+    return parent;
+}
+
+sp<IDisplay> IDisplay::getService(const std::string& serviceName, bool /*getStub*/) {
+    return ::android::hardware::details::getServiceInternal<IDisplay, DisplayProxyV1_0<IDisplay>>(
+        serviceName);
+}
+
+::android::status_t IDisplay::registerAsService(const std::string& serviceName) {
+    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
+}
+
+bool IDisplay::registerForNotifications(
+    const std::string& serviceName,
+    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
+    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
+                                                                          notification);
+}
+
+}  // namespace V1_0
+}  // namespace kxdisplay
+namespace kxdisplay {
+namespace V1_1 {
+
+const char* IDisplay::descriptor = "vendor.tavrin.hardware.kxdisplay@1.1::IDisplay";
+
+Return<void> IDisplay::interfaceChain(interfaceChain_cb _hidl_cb) {
+    _hidl_cb({hidl_string(::vendor::tavrin::hardware::kxdisplay::V1_1::IDisplay::descriptor),
+              hidl_string(::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay::descriptor),
+              hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
+    return ::android::hardware::Void();
+}
+
+Return<sp<IDisplay>> IDisplay::castFrom(
+    const sp<::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay>& parent, bool emitError) {
+    return ::android::hardware::details::castInterface<IDisplay, DisplayProxyV1_1<IDisplay>>(
+        parent, emitError);
+}
+
+sp<IDisplay> IDisplay::getService(const std::string& serviceName, bool /*getStub*/) {
+    return ::android::hardware::details::getServiceInternal<IDisplay, DisplayProxyV1_1<IDisplay>>(
+        serviceName);
+}
+
+::android::status_t IDisplay::registerAsService(const std::string& serviceName) {
+    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
+}
+
+bool IDisplay::registerForNotifications(
+    const std::string& serviceName,
+    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
+    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
+                                                                          notification);
+}
+
+}  // namespace V1_1
+}  // namespace kxdisplay
+}  // namespace hardware
+}  // namespace tavrin
+}  // namespace vendor
