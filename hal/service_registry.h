@@ -1,0 +1,107 @@
+// The seven process-wide service handles, the service-event holder, and the routines that
+// connect, release and re-connect the handles. Native methods only read the handles, each through
+// its own strong reference taken at the start of the call.
+#ifndef KXMMI_HAL_SERVICE_REGISTRY_H
+#define KXMMI_HAL_SERVICE_REGISTRY_H
+
+#include <HidlUtil.h>
+#include <android/hidl/base/1.0/IBase.h>
+#include <hidl/HidlSupport.h>
+#include <utils/StrongPointer.h>
+#include <vendor/tavrin/hardware/kxdisplay/1.0/IDisplay.h>
+#include <vendor/tavrin/hardware/kxfactoryinterface/1.0/IKxFactoryInterface.h>
+#include <vendor/tavrin/hardware/light/2.0/ILight.h>
+#include <vendor/tavrin/hardware/otherdevices/1.0/IOtherdevices.h>
+#include <vendor/tavrin/hardware/power/1.0/IKXPower.h>
+#include <vendor/tavrin/hardware/sensors/1.0/ISensors.h>
+#include <vendor/tavrin/hardware/tp/1.0/ITouchscreen.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+// Connects all seven handles (also after any new service registration).
+void InitMmiNativeManager();
+// Releases all seven handles (also after any service death).
+void ExitMmiNativeManager();
+// Death callback of the service-event holder: any death releases every handle.
+void ProcessServiceDied(uint64_t cookie,
+                        const ::android::wp<::android::hidl::base::V1_0::IBase>& who);
+// Registration callback of the service-event holder: a new registration re-connects every handle.
+void ReinitHal(const ::android::hardware::hidl_string& fqName,
+               const ::android::hardware::hidl_string& name, bool isPreexisting);
+
+extern ::android::sp<HidlUtil> g_hidlUtil;
+
+namespace kxmmi {
+
+using IKxFactoryInterface =
+    ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface;
+using IDisplay = ::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay;
+using ITouchscreen = ::vendor::tavrin::hardware::tp::V1_0::ITouchscreen;
+using ISensors = ::vendor::tavrin::hardware::sensors::V1_0::ISensors;
+using IKXPower = ::vendor::tavrin::hardware::power::V1_0::IKXPower;
+using ILight = ::vendor::tavrin::hardware::light::V2_0::ILight;
+using IOtherdevices = ::vendor::tavrin::hardware::otherdevices::V1_0::IOtherdevices;
+
+enum class Service { Factory, Display, TouchScreen, Sensors, Power, Light, OtherDevices };
+
+template <Service S>
+struct ServiceTraits;
+template <>
+struct ServiceTraits<Service::Factory> {
+    using Interface = IKxFactoryInterface;
+    static constexpr const char* kHandleName = "g_kxFactoryInterface";
+};
+template <>
+struct ServiceTraits<Service::Display> {
+    using Interface = IDisplay;
+    static constexpr const char* kHandleName = "g_kxDisplay";
+};
+template <>
+struct ServiceTraits<Service::TouchScreen> {
+    using Interface = ITouchscreen;
+    static constexpr const char* kHandleName = "g_kxTouchScreen";
+};
+template <>
+struct ServiceTraits<Service::Sensors> {
+    using Interface = ISensors;
+    static constexpr const char* kHandleName = "g_kxSensors";
+};
+template <>
+struct ServiceTraits<Service::Power> {
+    using Interface = IKXPower;
+    static constexpr const char* kHandleName = "g_kxPower";
+};
+template <>
+struct ServiceTraits<Service::Light> {
+    using Interface = ILight;
+    static constexpr const char* kHandleName = "g_kxLight";
+};
+template <>
+struct ServiceTraits<Service::OtherDevices> {
+    using Interface = IOtherdevices;
+    static constexpr const char* kHandleName = "g_kxOtherdevices";
+};
+
+template <Service S>
+using ServiceInterface = typename ServiceTraits<S>::Interface;
+
+// A strong reference to the service's current handle (empty when not connected), safe against a
+// concurrent release or re-connect by the event callbacks.
+template <Service S>
+::android::sp<ServiceInterface<S>> Handle();
+
+// Registers the holder for registration reports of each of the seven interfaces.
+void WatchServices();
+
+// The tp-pressure-support cache: 1 once the touchscreen said it supports pressure; cleared by
+// every connect and release.
+extern std::atomic<uint8_t> g_tpPressureSupportCache;
+
+// The process-wide empty text the record readers hand out on failure.
+const std::string& EmptyText();
+
+}  // namespace kxmmi
+
+#endif

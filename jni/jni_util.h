@@ -1,0 +1,48 @@
+// JNI argument and result helpers shared by the native methods.
+#ifndef KXMMI_JNI_JNI_UTIL_H
+#define KXMMI_JNI_JNI_UTIL_H
+
+#include <jni.h>
+
+#include <string>
+
+#include "mmi_log.h"
+
+namespace kxmmi {
+
+// The modified UTF-8 characters of a Java string argument, held from construction to the end of
+// the scope, so that the method's result line can still print them. A null string is never handed
+// to JNI: it reads as no characters, and Present() logs "<function> fail, <name> is null".
+class Utf {
+  public:
+    Utf(JNIEnv* env, jstring s)
+        : mEnv(env),
+          mString(s),
+          mChars(s == nullptr ? nullptr : env->GetStringUTFChars(s, nullptr)) {}
+    ~Utf() {
+        if (mChars != nullptr) mEnv->ReleaseStringUTFChars(mString, mChars);
+    }
+    Utf(const Utf&) = delete;
+    Utf& operator=(const Utf&) = delete;
+
+    bool Present(const char* function, const char* name) const {
+        if (mChars != nullptr) return true;
+        KXLOGE("%s: %s fail, %s is null", function, name);
+        return false;
+    }
+    const char* c_str() const { return mChars; }
+
+  private:
+    JNIEnv* mEnv;
+    jstring mString;
+    const char* mChars;
+};
+
+inline jstring NewJString(JNIEnv* env, const char* text) { return env->NewStringUTF(text); }
+inline jstring NewJString(JNIEnv* env, const std::string& text) {
+    return env->NewStringUTF(text.c_str());
+}
+
+}  // namespace kxmmi
+
+#endif
