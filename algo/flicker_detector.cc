@@ -3,6 +3,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <type_traits>
 
 #include "bounds_checked.h"
@@ -42,10 +43,28 @@ constexpr int32_t kBins = 500;
 constexpr int32_t kFirstSearchedBin = 20;
 constexpr int32_t kLastSearchedBin = 498;
 
-// Bins computed together. Each bin still sums its terms in increasing n; only independent bins
-// are interleaved, which keeps the rounding of every sum as if the bins were done one by one.
-constexpr int32_t kBinBlock = 8;
-constexpr int32_t kPaddedBins = (kBins + kBinBlock - 1) / kBinBlock * kBinBlock;
+// The transform works on groups of 4 neighbouring bins, kGroupsPerBlock groups at a time. Each
+// bin still sums its terms in increasing n; only independent bins are interleaved, which leaves
+// the rounding of every sum exactly as if the bins were done one by one.
+constexpr int32_t kGroupBins = 4;
+constexpr int32_t kGroupsPerBlock = 3;
+constexpr int32_t kBlockBins = kGroupBins * kGroupsPerBlock;
+constexpr int32_t kPaddedBins = (kBins + kBlockBins - 1) / kBlockBins * kBlockBins;
+
+// Four floats; element-wise IEEE arithmetic, so each lane rounds exactly like scalar code. The
+// compiler maps it to whatever vector unit the target has.
+typedef float Float4 __attribute__((vector_size(16)));
+typedef double Double2 __attribute__((vector_size(16)));
+
+// {a[0], a[1], b[0], b[1]}: two {cos, -sin} pairs in one vector, as two 8-byte loads.
+inline Float4 LoadTwoPairs(const float* a, const float* b) {
+    double lo;
+    double hi;
+    std::memcpy(&lo, a, sizeof(lo));
+    std::memcpy(&hi, b, sizeof(hi));
+    const Double2 both = {lo, hi};
+    return (Float4)both;
+}
 
 // Float to int32 toward zero, saturating; NaN gives 0 (only a one-sample window produces NaN).
 int32_t TruncToInt32(float v) {
@@ -55,17 +74,19 @@ int32_t TruncToInt32(float v) {
     return static_cast<int32_t>(v);
 }
 
-// Direct DFT of fftData[0..N-1] for bins 0..499:
+// Direct DFT of fftData for bins 0..499:
 //   re_k = sum_n cos[kn mod N] * x_n,  im_k = -sum_n cos[(3N/4 + kn) mod N] * x_n,
 // summed in increasing n with each product and sum rounded to float.
 //
-// Two exact shortcuts make it fast without changing a single bit:
-//  - A zero input contributes +0 or -0 to each sum. Both sums start at +0 and a round-to-nearest
-//    sum is -0 only when both addends are -0, so a sum is never -0 and adding a signed zero leaves
-//    it bit for bit as it was. Zero inputs (the whole zero padding, usually 3/4 of the transform)
-//    are skipped.
-//  - im - c*x equals im + (-c)*x exactly (negation is exact, rounding is symmetric), so the table
-//    holds {cos, -sin} pairs and each term of a bin is one pair load, two products and two sums.
+// Shortcuts that change no bit of any result:
+//  - Trailing zero inputs (the zero padding, 3/4 of the transform) are not visited. A zero input
+//    adds +0 or -0 to each sum; a sum starts at +0 and under round-to-nearest becomes -0 only by
+//    adding -0 to -0, so it is never -0 and adding a signed zero leaves it as it was.
+//  - im - c*x equals im + (-c)*x exactly (negation is exact and rounding symmetric), so a table of
+//    {cos, -sin} pairs serves both parts of a term with one load and one vector multiply-add.
+//  - The pair table is repeated 4 times over. Bins k..k+3 at sample n sit at table positions
+//    p, p+n, p+2n, p+3n with p = kn mod N < N and n < N, so one reduced position per group of
+//    4 bins suffices and the other three are plain offsets.
 void TransformBins(AlgoContext& ctx) {
     const int32_t n_len = ctx.fftLength;
     if (n_len < 1) {
@@ -76,48 +97,50 @@ void TransformBins(AlgoContext& ctx) {
         }
         return;
     }
-    const int32_t quarter_back = (3 * n_len) / 4;
+    const uint32_t len = static_cast<uint32_t>(n_len);
+    const uint32_t quarter_back = (3 * len) / 4;
 
-    alignas(16) float pairs[kMaxFftLength][2];
-    for (int32_t i = 0; i < n_len; ++i) {
-        int32_t s = i + quarter_back;
-        if (s >= n_len) s -= n_len;
-        pairs[i][0] = ctx.fftCoef[i];
-        pairs[i][1] = -ctx.fftCoef[s];
+    alignas(16) float pairs[kGroupBins * kMaxFftLength * 2];
+    for (uint32_t i = 0; i < len; ++i) {
+        uint32_t s = i + quarter_back;
+        if (s >= len) s -= len;
+        pairs[2 * i] = ctx.fftCoef[i];
+        pairs[2 * i + 1] = -ctx.fftCoef[s];
     }
+    std::memcpy(pairs + 2 * len, pairs, 2 * len * sizeof(float));
+    std::memcpy(pairs + 4 * len, pairs, 4 * len * sizeof(float));
 
-    int32_t end = n_len;
+    uint32_t end = len;
     while (end > 0 && ctx.fftData[end - 1] == 0) --end;
     float x_of[kMaxFftLength];
-    for (int32_t n = 0; n < end; ++n) x_of[n] = static_cast<float>(ctx.fftData[n]);
+    for (uint32_t n = 0; n < end; ++n) x_of[n] = static_cast<float>(ctx.fftData[n]);
 
-    for (int32_t k0 = 0; k0 < kPaddedBins; k0 += kBinBlock) {
-        // Table position of k*n mod N, advanced by k mod N per sample.
-        int32_t pos[kBinBlock];
-        int32_t step[kBinBlock];
-        float acc[kBinBlock][2];
-        for (int32_t j = 0; j < kBinBlock; ++j) {
-            pos[j] = 0;
-            step[j] = (k0 + j) % n_len;
-            acc[j][0] = 0.0f;
-            acc[j][1] = 0.0f;
+    for (int32_t k0 = 0; k0 < kPaddedBins; k0 += kBlockBins) {
+        uint32_t pos[kGroupsPerBlock];  // k*n mod N of the group's first bin k
+        uint32_t step[kGroupsPerBlock];
+        Float4 acc[kBlockBins / 2];  // {re, im} of two bins per vector
+        for (int32_t g = 0; g < kGroupsPerBlock; ++g) {
+            pos[g] = 0;
+            step[g] = static_cast<uint32_t>(k0 + kGroupBins * g) % len;
         }
-        for (int32_t n = 0; n < end; ++n) {
-            if (ctx.fftData[n] != 0) {
-                const float x = x_of[n];
-                for (int32_t j = 0; j < kBinBlock; ++j) {
-                    acc[j][0] = acc[j][0] + pairs[pos[j]][0] * x;
-                    acc[j][1] = acc[j][1] + pairs[pos[j]][1] * x;
-                }
-            }
-            for (int32_t j = 0; j < kBinBlock; ++j) {
-                pos[j] += step[j];
-                if (pos[j] >= n_len) pos[j] -= n_len;
+        for (Float4& a : acc) a = Float4{0.0f, 0.0f, 0.0f, 0.0f};
+
+        for (uint32_t n = 0; n < end; ++n) {
+            const float x = x_of[n];
+            const Float4 xv = {x, x, x, x};
+            const size_t stride = 2 * static_cast<size_t>(n);  // n table positions, in floats
+            for (int32_t g = 0; g < kGroupsPerBlock; ++g) {
+                const float* p = pairs + 2 * static_cast<size_t>(pos[g]);
+                acc[2 * g] = acc[2 * g] + LoadTwoPairs(p, p + stride) * xv;
+                acc[2 * g + 1] = acc[2 * g + 1] + LoadTwoPairs(p + 2 * stride, p + 3 * stride) * xv;
+                pos[g] += step[g];
+                if (pos[g] >= len) pos[g] -= len;
             }
         }
-        for (int32_t j = 0; j < kBinBlock && k0 + j < kBins; ++j) {
-            const float re = acc[j][0];
-            const float im = acc[j][1];
+
+        for (int32_t j = 0; j < kBlockBins && k0 + j < kBins; ++j) {
+            const float re = acc[j / 2][2 * (j % 2)];
+            const float im = acc[j / 2][2 * (j % 2) + 1];
             ctx.realPart[k0 + j] = re;
             ctx.imagPart[k0 + j] = im;
             const float re2 = re * re;
