@@ -1,113 +1,128 @@
 // Sensor calibration, self-test, activation and queries.
+#include <optional>
+
 #include "hal_call.h"
 #include "jni_util.h"
 #include "native_methods.h"
 
 using ::android::sp;
+using ::android::hardware::Return;
 using kxmmi::Acquire;
+using kxmmi::CodeText;
+using kxmmi::ISensors;
 using kxmmi::NewJString;
 using kxmmi::Service;
 
-jint GetSensorCalibrateDelayTime(JNIEnv* env, jobject /*object*/, jint sensorId) {
-    (void)env;
-    (void)sensorId;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("GetSensorCalibrateDelayTime");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: GetSensorCalibrateDelayTime fail, not wired to its service yet");
-    return -1;
+namespace {
+
+// One integer operation of the sensor service, on the call's own handle. The answer goes to
+// report (the method's result line) and back to the caller; nothing comes back after the
+// empty-handle or transport-failure line.
+template <typename Report, typename... Params, typename... Args>
+std::optional<int32_t> AskSensors(const char* function, Report report,
+                                  Return<int32_t> (ISensors::*operation)(Params...), Args... args) {
+    sp<ISensors> sensors = Acquire<Service::Sensors>(function);
+    if (sensors == nullptr) return std::nullopt;
+    std::optional<int32_t> answer = kxmmi::ValueOf(((*sensors).*operation)(args...), function);
+    if (answer) report(*answer);
+    return answer;
 }
 
-jint GetSensorSelfTestDelayTime(JNIEnv* env, jobject /*object*/, jint sensorId) {
-    (void)env;
-    (void)sensorId;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("GetSensorSelfTestDelayTime");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: GetSensorSelfTestDelayTime fail, not wired to its service yet");
-    return -1;
+}  // namespace
+
+jint GetSensorCalibrateDelayTime(JNIEnv* /*env*/, jobject /*object*/, jint sensorId) {
+    auto report = [=](int32_t delayTime) {
+        KXLOGD("%s: GetSensorCalibrateDelayTime, sensorId: %d, delayTime: %d", sensorId, delayTime);
+    };
+    return AskSensors("GetSensorCalibrateDelayTime", report, &ISensors::getSensorCalibrateDelayTime,
+                      sensorId)
+        .value_or(-1);
 }
 
-jint StartSensorCalibrate(JNIEnv* env, jobject /*object*/, jint sensorId, jint command) {
-    (void)env;
-    (void)sensorId;
-    (void)command;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("StartSensorCalibrate");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: StartSensorCalibrate fail, not wired to its service yet");
-    return -1;
+jint GetSensorSelfTestDelayTime(JNIEnv* /*env*/, jobject /*object*/, jint sensorId) {
+    auto report = [=](int32_t delayTime) {
+        KXLOGD("%s: GetSensorSelfTestDelayTime, sensorId: %d, delayTime: %d", sensorId, delayTime);
+    };
+    return AskSensors("GetSensorSelfTestDelayTime", report, &ISensors::getSensorSelfTestDelayTime,
+                      sensorId)
+        .value_or(-1);
 }
 
-jint StartSensorSelfTest(JNIEnv* env, jobject /*object*/, jint sensorId, jint command) {
-    (void)env;
-    (void)sensorId;
-    (void)command;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("StartSensorSelfTest");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: StartSensorSelfTest fail, not wired to its service yet");
-    return -1;
+jint StartSensorCalibrate(JNIEnv* /*env*/, jobject /*object*/, jint sensorId, jint command) {
+    auto report = [=](int32_t result) {
+        KXLOGD("%s: StartSensorCalibrate, sensorId: %d, command: %d, result: %d", sensorId, command,
+               result);
+    };
+    return AskSensors("StartSensorCalibrate", report, &ISensors::startSensorCalibrate, sensorId,
+                      command)
+        .value_or(-1);
 }
 
-jint GetSensorCalibrateResult(JNIEnv* env, jobject /*object*/, jint sensorId) {
-    (void)env;
-    (void)sensorId;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("GetSensorCalibrateResult");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: GetSensorCalibrateResult fail, not wired to its service yet");
-    return -1;
+jint StartSensorSelfTest(JNIEnv* /*env*/, jobject /*object*/, jint sensorId, jint command) {
+    auto report = [=](int32_t result) {
+        KXLOGD("%s: StartSensorSelfTest, sensorId: %d, command: %d, result: %d", sensorId, command,
+               result);
+    };
+    return AskSensors("StartSensorSelfTest", report, &ISensors::startSensorSelfTest, sensorId,
+                      command)
+        .value_or(-1);
 }
 
-jint GetSensorSelfTestResult(JNIEnv* env, jobject /*object*/, jint sensorId) {
-    (void)env;
-    (void)sensorId;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("GetSensorSelfTestResult");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: GetSensorSelfTestResult fail, not wired to its service yet");
-    return -1;
+jint GetSensorCalibrateResult(JNIEnv* /*env*/, jobject /*object*/, jint sensorId) {
+    auto report = [=](int32_t result) {
+        KXLOGD("%s: GetSensorCalibrateResult, sensorId: %d, result: %d\n", sensorId, result);
+    };
+    return AskSensors("GetSensorCalibrateResult", report, &ISensors::getSensorCalibrateResult,
+                      sensorId)
+        .value_or(-1);
+}
+
+jint GetSensorSelfTestResult(JNIEnv* /*env*/, jobject /*object*/, jint sensorId) {
+    auto report = [=](int32_t result) {
+        KXLOGD("%s: GetSensorSelfTestResult, sensorId: %d, result: %d", sensorId, result);
+    };
+    return AskSensors("GetSensorSelfTestResult", report, &ISensors::getSensorSelfTestResult,
+                      sensorId)
+        .value_or(-1);
 }
 
 jstring GetSensorCalibrateType(JNIEnv* env, jobject /*object*/, jint sensorId) {
-    (void)env;
-    (void)sensorId;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("GetSensorCalibrateType");
-    if (handle == nullptr) return NewJString(env, "");
-    KXLOGE("%s: GetSensorCalibrateType fail, not wired to its service yet");
-    return NewJString(env, "");
+    sp<ISensors> sensors = Acquire<Service::Sensors>("GetSensorCalibrateType");
+    if (sensors == nullptr) return NewJString(env, "");
+
+    CodeText<int32_t> answer(-1);
+    // 1024 is the fixed flag the service expects with this query.
+    if (!kxmmi::TransportOk(sensors->getSensorCalibrateType(sensorId, 1024, answer.Receiver()),
+                            "GetSensorCalibrateType")) {
+        return NewJString(env, "");
+    }
+    KXLOGD("%s: GetSensorCalibrateType, resultCode: %d, calibType: %s", answer.code,
+           answer.text.c_str());
+    return NewJString(env, answer.text);
 }
 
-jint GetCompassRawValueLimit(JNIEnv* env, jobject /*object*/) {
-    (void)env;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("GetCompassRawValueLimit");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: GetCompassRawValueLimit fail, not wired to its service yet");
-    return -1;
+jint GetCompassRawValueLimit(JNIEnv* /*env*/, jobject /*object*/) {
+    auto report = [](int32_t result) { KXLOGD("%s: GetCompassRawValueLimit, result: %d", result); };
+    return AskSensors("GetCompassRawValueLimit", report, &ISensors::getCompassRawValueLimit)
+        .value_or(-1);
 }
 
-jint SetPsExternalIrMode(JNIEnv* env, jobject /*object*/, jint mode) {
-    (void)env;
-    (void)mode;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("SetPsExternalIrMode");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: SetPsExternalIrMode fail, not wired to its service yet");
-    return -1;
+jint SetPsExternalIrMode(JNIEnv* /*env*/, jobject /*object*/, jint mode) {
+    auto report = [](int32_t result) { KXLOGD("%s: SetPsExternalIrMode, result: %d", result); };
+    return AskSensors("SetPsExternalIrMode", report, &ISensors::setPsExternalIrMode, mode)
+        .value_or(-1);
 }
 
-jboolean SensorActivate(JNIEnv* env, jobject /*object*/, jint sensorType, jboolean enable,
+jboolean SensorActivate(JNIEnv* /*env*/, jobject /*object*/, jint sensorType, jboolean enable,
                         jint samplingRate) {
-    (void)env;
-    (void)sensorType;
-    (void)enable;
-    (void)samplingRate;
-    sp<kxmmi::ServiceInterface<Service::Sensors>> handle =
-        Acquire<Service::Sensors>("SensorActivate");
-    if (handle == nullptr) return JNI_FALSE;
-    KXLOGE("%s: SensorActivate fail, not wired to its service yet");
-    return JNI_FALSE;
+    // The log shows the Java values: the boolean's byte and the 32-bit rate.
+    auto report = [=](int32_t activeResult) {
+        KXLOGD("%s: SensorActivate, sensorType: %d, switch: %d, samplingRate: %d, activeResult: %d",
+               sensorType, enable, samplingRate, activeResult);
+    };
+    // The rate keeps its sign when widened: -1 reaches the service as -1.
+    std::optional<int32_t> activeResult =
+        AskSensors("SensorActivate", report, &ISensors::sensorActivate, sensorType,
+                   enable != JNI_FALSE, static_cast<int64_t>(samplingRate));
+    return activeResult == 0 ? JNI_TRUE : JNI_FALSE;
 }
