@@ -1,4 +1,7 @@
 // Manufacturing information and station state, through the factory interface.
+#include "factory_info.h"
+
+#include <bounds_checked.h>
 #include <vendor/tavrin/hardware/kxfactoryinterface/1.1/IKxFactoryInterface.h>
 
 #include "hal_call.h"
@@ -7,134 +10,193 @@
 
 using ::android::sp;
 using kxmmi::Acquire;
+using kxmmi::CodeText;
+using kxmmi::IKxFactoryInterface;
 using kxmmi::NewJString;
 using kxmmi::Service;
+using kxmmi::Utf;
+using kxmmi::ValueOf;
 using IKxFactoryInterfaceV1_1 =
     ::vendor::tavrin::hardware::kxfactoryinterface::V1_1::IKxFactoryInterface;
 
-jboolean IsFactoryVersion(JNIEnv* env, jobject /*object*/) {
-    (void)env;
-    sp<kxmmi::ServiceInterface<Service::Factory>> handle = kxmmi::Handle<Service::Factory>();
-    if (handle == nullptr) {
+namespace {
+
+// The qrcode record of SetTestCycle: oeminfo item 143, always written with size 64.
+constexpr int32_t kQrcodeItem = 143;
+constexpr size_t kQrcodeSize = 64;
+// A cycle of -100 writes the record empty.
+constexpr jint kNoCycle = -100;
+
+sp<IKxFactoryInterfaceV1_1> CastV1_1(const char* function) {
+    return kxmmi::CastTo<IKxFactoryInterfaceV1_1>(kxmmi::Handle<Service::Factory>(), function);
+}
+
+}  // namespace
+
+std::optional<CodeText<int32_t>> kxmmi::ReadFactoryInfo(int32_t kind, const char* function) {
+    sp<IKxFactoryInterface> factory = Acquire<Service::Factory>(function);
+    if (factory == nullptr) return std::nullopt;
+    CodeText<int32_t> answer(-1);
+    if (!TransportOk(factory->getFactoryInfo(kind, answer.Receiver()), function)) {
+        return std::nullopt;
+    }
+    return answer;
+}
+
+jboolean IsFactoryVersion(JNIEnv* /*env*/, jobject /*object*/) {
+    sp<IKxFactoryInterface> factory = kxmmi::Handle<Service::Factory>();
+    if (factory == nullptr) {
         KXLOGE("%s: IsFactoryVersion failse, g_kxFactoryInterface is null");
         return JNI_FALSE;
     }
-    KXLOGE("%s: IsFactoryVersion fail, not wired to its service yet");
-    return JNI_FALSE;
+    std::optional<bool> factoryVersion = ValueOf(factory->isFactoryVersion(), "IsFactoryVersion");
+    if (!factoryVersion) return JNI_FALSE;
+    KXLOGD("%s: IsFactoryVersion: %d", *factoryVersion ? 1 : 0);
+    return *factoryVersion ? JNI_TRUE : JNI_FALSE;
 }
 
 jstring GetManufactureFileName(JNIEnv* env, jobject /*object*/) {
-    (void)env;
-    sp<kxmmi::ServiceInterface<Service::Factory>> handle =
-        Acquire<Service::Factory>("GetManufactureFileName");
-    if (handle == nullptr) return NewJString(env, "");
-    KXLOGE("%s: GetManufactureFileName fail, not wired to its service yet");
-    return NewJString(env, "");
+    sp<IKxFactoryInterface> factory = Acquire<Service::Factory>("GetManufactureFileName");
+    if (factory == nullptr) return NewJString(env, "");
+    CodeText<int32_t> answer(-1);
+    if (!kxmmi::TransportOk(factory->getManufactureFileName(answer.Receiver()),
+                            "GetManufactureFileName")) {
+        return NewJString(env, "");
+    }
+    KXLOGD("%s: GetManufactureFileName, ret: %d, fileName: %s", answer.code, answer.text.c_str());
+    return NewJString(env, answer.text);
 }
 
-jint ReleaseFactoryHidlResource(JNIEnv* env, jobject /*object*/) {
-    (void)env;
-    sp<kxmmi::ServiceInterface<Service::Factory>> handle =
-        Acquire<Service::Factory>("ReleaseFactoryHidlResource");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: ReleaseFactoryHidlResource fail, not wired to its service yet");
-    return -1;
+jint ReleaseFactoryHidlResource(JNIEnv* /*env*/, jobject /*object*/) {
+    sp<IKxFactoryInterface> factory = Acquire<Service::Factory>("ReleaseFactoryHidlResource");
+    if (factory == nullptr) return -1;
+    std::optional<int32_t> result =
+        ValueOf(factory->releaseFactoryHidlResource(), "ReleaseFactoryHidlResource");
+    if (!result) return -1;
+    KXLOGD("%s: ReleaseFactoryHidlResource, result: %d", *result);
+    return *result;
 }
 
-jint SetMmiTestResult(JNIEnv* env, jobject /*object*/, jint first, jint second) {
-    (void)env;
-    (void)first;
-    (void)second;
-    sp<kxmmi::ServiceInterface<Service::Factory>> handle =
-        Acquire<Service::Factory>("SetMmiTestResult");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: SetMmiTestResult fail, not wired to its service yet");
-    return -1;
+jint SetMmiTestResult(JNIEnv* /*env*/, jobject /*object*/, jint first, jint second) {
+    sp<IKxFactoryInterface> factory = Acquire<Service::Factory>("SetMmiTestResult");
+    if (factory == nullptr) return -1;
+    std::optional<int32_t> ret =
+        ValueOf(factory->setMmiTestResult(first, second), "SetMmiTestResult");
+    if (!ret) return -1;
+    KXLOGD("%s: SetMmiTestResult ret = %d", *ret);
+    return *ret;
 }
 
 jstring GetBsn(JNIEnv* env, jobject /*object*/) {
-    (void)env;
-    sp<kxmmi::ServiceInterface<Service::Factory>> handle = Acquire<Service::Factory>("GetBsn");
-    if (handle == nullptr) return NewJString(env, "");
-    KXLOGE("%s: GetBsn fail, not wired to its service yet");
-    return NewJString(env, "");
+    std::optional<CodeText<int32_t>> answer = kxmmi::ReadFactoryInfo(kxmmi::kInfoBsn, "GetBsn");
+    if (!answer) return NewJString(env, "");
+    KXLOGD("%s: GetBsn, ret: %d", answer->code);  // the BSN itself stays out of the log
+    return NewJString(env, answer->text);
 }
 
 jstring GetMmiAutoStartFlag(JNIEnv* env, jobject /*object*/) {
-    (void)env;
-    sp<kxmmi::ServiceInterface<Service::Factory>> handle =
-        Acquire<Service::Factory>("GetMmiAutoStartFlag");
-    if (handle == nullptr) return NewJString(env, "");
-    KXLOGE("%s: GetMmiAutoStartFlag fail, not wired to its service yet");
-    return NewJString(env, "");
+    std::optional<CodeText<int32_t>> answer =
+        kxmmi::ReadFactoryInfo(kxmmi::kInfoMmiAutoStart, "GetMmiAutoStartFlag");
+    if (!answer) return NewJString(env, "");
+    KXLOGD("%s: GetMmiAutoStartFlag, ret: %d, flag: %s", answer->code, answer->text.c_str());
+    if (answer->code != 0) {
+        KXLOGE("%s: getMMIAutoStart failed");
+        return NewJString(env, "Error");
+    }
+    return NewJString(env, answer->text);
 }
 
 jint SetMMIAutoStartFlag(JNIEnv* env, jobject /*object*/, jstring flag) {
-    (void)env;
-    (void)flag;
-    sp<kxmmi::ServiceInterface<Service::Factory>> handle =
-        Acquire<Service::Factory>("SetMMIAutoStartFlag");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: SetMMIAutoStartFlag fail, not wired to its service yet");
-    return -1;
+    sp<IKxFactoryInterface> factory = Acquire<Service::Factory>("SetMMIAutoStartFlag");
+    if (factory == nullptr) return -1;
+    std::optional<int32_t> result;
+    {
+        Utf flagChars(env, flag);
+        if (!flagChars.Present("SetMMIAutoStartFlag", "flag")) return -1;
+        result = ValueOf(factory->setFactoryInfo(kxmmi::kInfoMmiAutoStart, flagChars.c_str()),
+                         "SetMMIAutoStartFlag");
+    }  // the characters go back before the result line
+    if (!result) return -1;
+    KXLOGD("%s: SetMMIAutoStartFlag, result: %d", *result);
+    return *result;
 }
 
 jstring GetManufactureStationFlag(JNIEnv* env, jobject /*object*/, jint stationId) {
-    (void)env;
-    (void)stationId;
-    sp<kxmmi::ServiceInterface<Service::Factory>> handle =
-        Acquire<Service::Factory>("GetManufactureStationFlag");
-    if (handle == nullptr) return NewJString(env, "");
-    KXLOGE("%s: GetManufactureStationFlag fail, not wired to its service yet");
-    return NewJString(env, "");
+    sp<IKxFactoryInterface> factory = Acquire<Service::Factory>("GetManufactureStationFlag");
+    if (factory == nullptr) return NewJString(env, "");
+    CodeText<int32_t> answer(-1);
+    if (!kxmmi::TransportOk(factory->getManufactureStationFlag(stationId, answer.Receiver()),
+                            "GetManufactureStationFlag")) {
+        return NewJString(env, "");
+    }
+    KXLOGD("%s: GetManufactureStationFlag, station id: %d, result: %d, stationFlag: %s", stationId,
+           answer.code, answer.text.c_str());
+    return NewJString(env, answer.text);
 }
 
-jint SetTestCycle(JNIEnv* env, jobject /*object*/, jint stationId, jint cycle) {
-    (void)env;
+jint SetTestCycle(JNIEnv* /*env*/, jobject /*object*/, jint stationId, jint cycle) {
     KXLOGD("%s: SetTestCycle, stationID: %d, cycle: %d", stationId, cycle);
-    sp<IKxFactoryInterfaceV1_1> kxFactoryNew =
-        kxmmi::CastTo<IKxFactoryInterfaceV1_1>(kxmmi::Handle<Service::Factory>(), "SetTestCycle");
+    sp<IKxFactoryInterfaceV1_1> kxFactoryNew = CastV1_1("SetTestCycle");
     if (kxFactoryNew == nullptr) {
         KXLOGE("%s: SetTestCycle fail, kxFactoryNew is null");
         return -1;
     }
-    KXLOGE("%s: SetTestCycle fail, not wired to its service yet");
-    return -1;
+    char qrcode[kQrcodeSize];
+    errno_t e = memset_s(qrcode, kQrcodeSize, 0, kQrcodeSize);
+    if (e != EOK) {
+        KXLOGE("%s: SetTestCycle, memset_s error, ret =0x%x", static_cast<unsigned>(e));
+        return -1;
+    }
+    if (cycle != kNoCycle) {
+        // Two characters each: a wider value keeps its first two, so the text is always four.
+        (void)snprintf_s(qrcode, kQrcodeSize, 2, "%02d", stationId);
+        (void)snprintf_s(qrcode + 2, kQrcodeSize - 2, 2, "%02d", cycle);
+        KXLOGD("%s: SetTestCycle, qrcodeInfo: %s", qrcode);
+    }
+    std::optional<int32_t> result =
+        ValueOf(kxFactoryNew->writeOeminfo(kQrcodeItem, static_cast<int32_t>(kQrcodeSize), qrcode),
+                "SetTestCycle");
+    if (!result) return -1;
+    KXLOGD("%s: SetTestCycle, result: %d", *result);
+    return *result;
 }
 
-jint GetManufactureMode(JNIEnv* env, jobject /*object*/) {
-    (void)env;
-    sp<IKxFactoryInterfaceV1_1> kxFactoryNew = kxmmi::CastTo<IKxFactoryInterfaceV1_1>(
-        kxmmi::Handle<Service::Factory>(), "GetManufactureMode");
+jint GetManufactureMode(JNIEnv* /*env*/, jobject /*object*/) {
+    sp<IKxFactoryInterfaceV1_1> kxFactoryNew = CastV1_1("GetManufactureMode");
     if (kxFactoryNew == nullptr) {
         KXLOGE("%s: GetManufactureMode, kxFactoryNew is null");
         return -1;
     }
-    KXLOGE("%s: GetManufactureMode fail, not wired to its service yet");
-    return -1;
+    std::optional<int32_t> result =
+        ValueOf(kxFactoryNew->getManufactureMode(), "GetManufactureMode");
+    if (!result) return -1;
+    KXLOGD("%s: GetManufactureMode, result: %d", *result);
+    return *result;
 }
 
-jint GetMmiDeviceFeaturesCheckResult(JNIEnv* env, jobject /*object*/, jint feature) {
-    (void)env;
-    (void)feature;
-    sp<kxmmi::ServiceInterface<Service::Factory>> handle =
-        Acquire<Service::Factory>("GetMmiDeviceFeaturesCheckResult");
-    if (handle == nullptr) return -1;
-    KXLOGE("%s: GetMmiDeviceFeaturesCheckResult fail, not wired to its service yet");
-    return -1;
+jint GetMmiDeviceFeaturesCheckResult(JNIEnv* /*env*/, jobject /*object*/, jint feature) {
+    sp<IKxFactoryInterface> factory = Acquire<Service::Factory>("GetMmiDeviceFeaturesCheckResult");
+    if (factory == nullptr) return -1;
+    std::optional<int32_t> result = ValueOf(factory->getMmiDeviceFeaturesCheckResult(feature),
+                                            "GetMmiDeviceFeaturesCheckResult");
+    if (!result) return -1;
+    KXLOGD("%s: GetMmiDeviceFeaturesCheckResult, result: %d", *result);
+    return *result;
 }
 
 jstring GetOeminfo(JNIEnv* env, jobject /*object*/, jint a, jint b, jint c) {
-    (void)env;
-    (void)a;
-    (void)b;
-    (void)c;
-    sp<IKxFactoryInterfaceV1_1> kxFactoryNew =
-        kxmmi::CastTo<IKxFactoryInterfaceV1_1>(kxmmi::Handle<Service::Factory>(), "GetOeminfo");
+    sp<IKxFactoryInterfaceV1_1> kxFactoryNew = CastV1_1("GetOeminfo");
     if (kxFactoryNew == nullptr) {
         KXLOGE("%s: GetOeminfo fail, kxFactoryNew is null");
         return NewJString(env, "");
     }
-    KXLOGE("%s: GetOeminfo fail, not wired to its service yet");
-    return NewJString(env, "");
+    CodeText<int32_t> answer(-1);
+    if (!kxmmi::TransportOk(kxFactoryNew->readOeminfo(a, b, c, answer.Receiver()), "GetOeminfo")) {
+        return NewJString(env, "");
+    }
+    if (answer.code != 0) {
+        KXLOGE("%s: GetOeminfo fail, read failed result: %d ", answer.code);
+        return NewJString(env, "");
+    }
+    return NewJString(env, answer.text);
 }
