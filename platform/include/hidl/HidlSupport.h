@@ -76,7 +76,7 @@ struct hidl_string {
 
     void clear() {
         if (mOwnsBuffer) std::free(const_cast<char*>(mBuffer.get()));
-        mBuffer = kEmpty;
+        mBuffer = nullptr;
         mSize = 0;
         mOwnsBuffer = false;
     }
@@ -104,11 +104,11 @@ struct hidl_string {
         mSize = other.mSize;
         mOwnsBuffer = other.mOwnsBuffer;
         other.mOwnsBuffer = false;
-        other.mBuffer = kEmpty;
+        other.mBuffer = nullptr;
         other.mSize = 0;
     }
 
-    details::hidl_pointer<const char> mBuffer{kEmpty};
+    details::hidl_pointer<const char> mBuffer;  // null reads as the empty text
     uint32_t mSize = 0;
     bool mOwnsBuffer = false;
 };

@@ -1,0 +1,163 @@
+// Library load, unload and the service registry's reaction to deaths and registrations.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "jvm_harness.h"
+
+namespace {
+
+using kxtest::LogLine;
+using simdevice::Service;
+
+constexpr int D = 3;
+constexpr int W = 5;
+constexpr int E = 6;
+
+const std::vector<LogLine> kConnectLines = {
+    {D, "KxMMITest_jni: InitMmiNativeManager"},
+    {D, "KxMMITest_jni: g_kxFactoryInterface linkToDeath"},
+    {D, "KxMMITest_jni: g_kxDisplay linkToDeath"},
+    {D, "KxMMITest_jni: g_kxTouchScreen linkToDeath"},
+    {D, "KxMMITest_jni: g_kxSensors linkToDeath"},
+    {D, "KxMMITest_jni: g_kxPower linkToDeath"},
+    {D, "g_kxLight linkToDeath"},
+    {D, "KxMMITest_jni: g_kxOtherdevices linkToDeath"},
+};
+
+std::vector<LogLine> WithPriority(const std::vector<LogLine>& lines, int priority, bool keep) {
+    std::vector<LogLine> out;
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(out),
+                 [&](const LogLine& l) { return (l.priority == priority) == keep; });
+    return out;
+}
+
+std::string PowerState() {
+    return kxtest::CallString("getPowerStateNative", "(Ljava/lang/String;)Ljava/lang/String;",
+                              kxtest::JStr("battery"))
+        .value_or("<null>");
+}
+
+template <typename Fn>
+Fn Symbol(const char* name) {
+    void* symbol = kxtest::LibrarySymbol(name);
+    EXPECT_NE(symbol, nullptr) << name;
+    return reinterpret_cast<Fn>(symbol);
+}
+
+// Must run first in this binary: it observes the load itself.
+TEST(Load, WatchesEveryInterfaceThenConnectsEveryServiceInRowOrder) {
+    kxtest::Manager();
+    std::vector<LogLine> lines = kxtest::TakeLogs();
+
+    std::vector<LogLine> expected = {{D, "KxMMITest_jni: registerForNotifications"}};
+    expected.insert(expected.end(), kConnectLines.begin(), kConnectLines.end());
+    EXPECT_EQ(WithPriority(lines, W, false), expected);
+
+    // Services registered before the holder are reported as pre-existing and only logged.
+    std::vector<LogLine> reports = WithPriority(lines, W, true);
+    std::set<std::string> texts;
+    for (const LogLine& l : reports) texts.insert(l.text);
+    EXPECT_EQ(
+        texts,
+        (std::set<std::string>{
+            "KxMMITest_jni: ReinitHal, "
+            "fqName:vendor.tavrin.hardware.kxfactoryinterface@1.0::IKxFactoryInterface, "
+            "name:kxfactoryinterface_hal, isPreexisting:1",
+            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.kxdisplay@1.0::IDisplay, "
+            "name:default, isPreexisting:1",
+            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.tp@1.0::ITouchscreen, "
+            "name:default, isPreexisting:1",
+            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.sensors@1.0::ISensors, "
+            "name:default, isPreexisting:1",
+            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.power@1.0::IKXPower, "
+            "name:default, isPreexisting:1",
+            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.light@2.0::ILight, "
+            "name:default, isPreexisting:1",
+            "KxMMITest_jni: ReinitHal, "
+            "fqName:vendor.tavrin.hardware.otherdevices@1.0::IOtherdevices, name:default, "
+            "isPreexisting:1",
+        }));
+    EXPECT_EQ(reports.size(), 7u);
+}
+
+class Registry : public testing::Test {
+  protected:
+    void SetUp() override {
+        kxtest::Manager();
+        kxtest::Device().Reset();
+        kxtest::WaitIdle();
+        kxtest::TakeLogs();
+        kxtest::Device().TakeCalls();
+    }
+    void TearDown() override {
+        kxtest::Device().Reset();
+        Symbol<void (*)()>("_Z20InitMmiNativeManagerv")();
+        kxtest::WaitIdle();
+    }
+};
+
+TEST_F(Registry, DeathOfOneServiceReleasesAllSevenAndItsReturnReconnectsThem) {
+    ASSERT_TRUE(kxtest::Device().Kill(Service::kTouchscreen));
+    kxtest::WaitIdle();
+    EXPECT_EQ(kxtest::TakeLogs(),
+              (std::vector<LogLine>{{W, "KxMMITest_jni: ProcessServiceDied, cookie is:3"},
+                                    {D, "KxMMITest_jni: ExitMmiNativeManager"}}));
+    EXPECT_EQ(PowerState(), "");  // the power service never went away
+    EXPECT_EQ(kxtest::TakeLogs(),
+              (std::vector<LogLine>{{E, "KxMMITest_jni: GetPowerState fail, g_kxPower is null"}}));
+
+    ASSERT_TRUE(kxtest::Device().Revive(Service::kTouchscreen));
+    kxtest::WaitIdle();
+    std::vector<LogLine> expected = {
+        {W,
+         "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.tp@1.0::ITouchscreen, "
+         "name:default, isPreexisting:0"}};
+    expected.insert(expected.end(), kConnectLines.begin(), kConnectLines.end());
+    EXPECT_EQ(kxtest::TakeLogs(), expected);
+    EXPECT_NE(PowerState(), "");
+}
+
+TEST_F(Registry, PreexistingReportOnlyLogs) {
+    Symbol<void (*)(const android::hardware::hidl_string&, const android::hardware::hidl_string&,
+                    bool)>("_Z9ReinitHalRKN7android8hardware11hidl_stringES3_b")(
+        "vendor.tavrin.hardware.power@1.0::IKXPower", "default", true);
+    EXPECT_EQ(kxtest::TakeLogs(),
+              (std::vector<LogLine>{{W,
+                                     "KxMMITest_jni: ReinitHal, "
+                                     "fqName:vendor.tavrin.hardware.power@1.0::IKXPower, "
+                                     "name:default, isPreexisting:1"}}));
+}
+
+TEST_F(Registry, ReleaseWithEveryHandleEmptyWritesOnlyItsOwnLine) {
+    auto exitManager = Symbol<void (*)()>("_Z20ExitMmiNativeManagerv");
+    exitManager();
+    kxtest::TakeLogs();
+    exitManager();
+    EXPECT_EQ(kxtest::TakeLogs(),
+              (std::vector<LogLine>{{D, "KxMMITest_jni: ExitMmiNativeManager"}}));
+}
+
+TEST_F(Registry, UnloadReleasesTheHandlesAndKeepsWatching) {
+    Symbol<void (*)(JavaVM*, void*)>("JNI_OnUnload")(kxtest::Vm(), nullptr);
+    EXPECT_EQ(kxtest::TakeLogs(),
+              (std::vector<LogLine>{{D, "KxMMITest_jni: ExitMmiNativeManager"}}));
+    EXPECT_EQ(PowerState(), "");
+    kxtest::TakeLogs();
+
+    // The holder still listens: a new registration connects again.
+    kxtest::Device().Kill(Service::kLight);
+    kxtest::Device().Revive(Service::kLight);
+    kxtest::WaitIdle();
+    EXPECT_NE(PowerState(), "");
+}
+
+TEST_F(Registry, LoadWithoutVmFailsAtOnce) {
+    EXPECT_EQ(Symbol<jint (*)(JavaVM*, void*)>("JNI_OnLoad")(nullptr, nullptr), -1);
+    EXPECT_EQ(kxtest::TakeLogs(),
+              (std::vector<LogLine>{{D, "KxMMITest_jni: JNI_OnLoad fail, vm is null"}}));
+    EXPECT_NE(PowerState(), "");  // nothing was released or replaced
+}
+
+}  // namespace

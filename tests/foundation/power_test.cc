@@ -1,0 +1,124 @@
+// Power state and USB speed through the power service.
+#include <gtest/gtest.h>
+
+#include "jvm_harness.h"
+
+namespace {
+
+using kxtest::JStr;
+using kxtest::LogLine;
+using simdevice::Service;
+
+constexpr int D = 3;
+constexpr int E = 6;
+constexpr const char* kGetState = "(Ljava/lang/String;)Ljava/lang/String;";
+constexpr const char* kSetState = "(Ljava/lang/String;Ljava/lang/String;)I";
+constexpr const char* kUsb = "(Ljava/lang/String;)I";
+
+class Power : public testing::Test {
+  protected:
+    void SetUp() override {
+        kxtest::Manager();
+        kxtest::Device().Reset();
+        kxtest::WaitIdle();
+        kxtest::TakeLogs();
+        kxtest::Device().TakeCalls();
+    }
+    void Answer(const char* operation, const char* answer) {
+        std::string error;
+        ASSERT_TRUE(kxtest::Device().Program(Service::kPower, operation, answer, &error)) << error;
+    }
+    std::vector<std::string> Calls() {
+        std::vector<std::string> texts;
+        for (const simdevice::Call& c : kxtest::Device().TakeCalls()) texts.push_back(c.Text());
+        return texts;
+    }
+};
+
+struct StateCase {
+    const char* answer;
+    std::string result;
+    std::string line;
+};
+
+TEST_F(Power, GetPowerStateKeepsTheInfoOnlyForASuccessfulQuery) {
+    const StateCase cases[] = {
+        {"0,\"charging 87%\"", "charging 87%", "result code: 0, result info: charging 87%"},
+        {"5,\"charging 87%\"", "", "result code: 5, result info: "},
+        {"-2,\"\"", "", "result code: -2, result info: "},
+        {"nocallback", "", "result code: -1, result info: "},
+    };
+    for (const StateCase& c : cases) {
+        SCOPED_TRACE(c.answer);
+        Answer("getPowerState", c.answer);
+        EXPECT_EQ(kxtest::CallString("getPowerStateNative", kGetState, JStr("battery")), c.result);
+        EXPECT_EQ(kxtest::TakeLogs(),
+                  (std::vector<LogLine>{{D, "KxMMITest_jni: GetPowerState, " + c.line}}));
+        EXPECT_EQ(Calls(), (std::vector<std::string>{"power.getPowerState(\"battery\")"}));
+    }
+}
+
+TEST_F(Power, SetPowerStatePassesSceneThenParameterAndLogsAtErrorPriority) {
+    for (int result : {0, 3, -7}) {
+        Answer("setPowerState", std::to_string(result).c_str());
+        EXPECT_EQ(kxtest::CallInt("setPowerStateNative", kSetState, JStr("aging"), JStr("on")),
+                  result);
+        EXPECT_EQ(kxtest::TakeLogs(),
+                  (std::vector<LogLine>{{E,
+                                         "KxMMITest_jni: SetPowerState, testScene:aging, "
+                                         "para:on, result:" +
+                                             std::to_string(result)}}));
+        EXPECT_EQ(Calls(), (std::vector<std::string>{"power.setPowerState(\"aging\", \"on\")"}));
+    }
+}
+
+TEST_F(Power, CheckUsbSpeedSendsTheSceneWithThreeEmptyTextsAndReturnsTheCode) {
+    const std::pair<const char*, int> cases[] = {
+        {"0,\"USB3.0\"", 0}, {"-9,\"no link\"", -9}, {"nocallback", -1}};
+    for (const auto& [answer, code] : cases) {
+        SCOPED_TRACE(answer);
+        Answer("checkUsbSpeed", answer);
+        EXPECT_EQ(kxtest::CallInt("checkUsbSpeedNative", kUsb, JStr("otg")), code);
+        std::vector<LogLine> logs = kxtest::TakeLogs();
+        ASSERT_EQ(logs.size(), 1u);
+        EXPECT_EQ(logs[0].priority, D);
+        EXPECT_EQ(logs[0].text.rfind("KxMMITest_jni: CheckUsbSpeed, scene: otg, resultCode: " +
+                                         std::to_string(code) + ", resultInfo: ",
+                                     0),
+                  0u);
+        EXPECT_EQ(Calls(),
+                  (std::vector<std::string>{"power.checkUsbSpeed(\"otg\", \"\", \"\", \"\")"}));
+    }
+}
+
+TEST_F(Power, NullTextsAreRejectedBeforeAnyServiceCall) {
+    EXPECT_EQ(kxtest::CallString("getPowerStateNative", kGetState, nullptr), "");
+    EXPECT_EQ(kxtest::CallInt("setPowerStateNative", kSetState, JStr("aging"), nullptr), -1);
+    EXPECT_EQ(kxtest::CallInt("checkUsbSpeedNative", kUsb, nullptr), -1);
+    EXPECT_EQ(kxtest::TakeLogs(),
+              (std::vector<LogLine>{{E, "KxMMITest_jni: GetPowerState fail, query is null"},
+                                    {E, "KxMMITest_jni: SetPowerState fail, para is null"},
+                                    {E, "KxMMITest_jni: CheckUsbSpeed fail, scene is null"}}));
+    EXPECT_TRUE(Calls().empty());
+}
+
+TEST_F(Power, TransportFailureMidCallIsAnOrdinaryFailure) {
+    Answer("getPowerState", "transport-error");
+    Answer("setPowerState", "transport-error");
+    Answer("checkUsbSpeed", "transport-error");
+    EXPECT_EQ(kxtest::CallString("getPowerStateNative", kGetState, JStr("battery")), "");
+    EXPECT_EQ(kxtest::CallInt("setPowerStateNative", kSetState, JStr("a"), JStr("b")), -1);
+    EXPECT_EQ(kxtest::CallInt("checkUsbSpeedNative", kUsb, JStr("otg")), -1);
+    std::vector<LogLine> logs = kxtest::TakeLogs();
+    ASSERT_EQ(logs.size(), 3u);
+    const char* functions[] = {"GetPowerState", "SetPowerState", "CheckUsbSpeed"};
+    for (size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(logs[i].priority, E);
+        EXPECT_EQ(
+            logs[i].text.rfind(
+                std::string("KxMMITest_jni: ") + functions[i] + " fail, transport error: ", 0),
+            0u);
+    }
+}
+
+}  // namespace

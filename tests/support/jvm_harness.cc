@@ -1,0 +1,277 @@
+#include "jvm_harness.h"
+
+#include <android/log.h>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <mutex>
+
+namespace kxtest {
+namespace {
+
+constexpr const char* kManager = "com/tavrin/mmitest/controller/MmiNativeManager";
+
+std::mutex g_logLock;
+std::vector<LogLine>* g_logs = new std::vector<LogLine>();  // lines may arrive during exit
+
+void CaptureLine(const struct __android_logger_data* data, const char* message) {
+    std::lock_guard<std::mutex> lock(g_logLock);
+    g_logs->push_back(LogLine{data->priority, message});
+}
+
+JavaVM* g_vm = nullptr;
+jclass g_manager = nullptr;
+
+JavaVM* CreateVm() {
+    std::string classPath = std::string("-Djava.class.path=") + KXTEST_JAR;
+    std::string libraryPath = std::string("-Djava.library.path=") + KXTEST_LIB_DIR;
+    JavaVMOption options[] = {
+        {const_cast<char*>(classPath.c_str()), nullptr},
+        {const_cast<char*>(libraryPath.c_str()), nullptr},
+        {const_cast<char*>("-Xcheck:jni"), nullptr},  // JNI misuse fails the run
+        {const_cast<char*>("-Xmx256m"), nullptr},
+        {const_cast<char*>("-Xss4m"), nullptr},
+    };
+    JavaVMInitArgs args{};
+    args.version = JNI_VERSION_1_8;
+    args.nOptions = sizeof(options) / sizeof(options[0]);
+    args.options = options;
+    args.ignoreUnrecognized = JNI_FALSE;
+    JavaVM* vm = nullptr;
+    JNIEnv* env = nullptr;
+    if (JNI_CreateJavaVM(&vm, reinterpret_cast<void**>(&env), &args) != JNI_OK) {
+        std::fprintf(stderr, "cannot create the JVM\n");
+        std::abort();
+    }
+    return vm;
+}
+
+std::string ToString(JNIEnv* env, jstring s) {
+    const char* chars = env->GetStringUTFChars(s, nullptr);
+    std::string text(chars);
+    env->ReleaseStringUTFChars(s, chars);
+    return text;
+}
+
+// Fails the test and clears the exception, so that one fault does not leak into the next call.
+bool NoException(JNIEnv* env, const char* what) {
+    if (!env->ExceptionCheck()) return true;
+    env->ExceptionDescribe();
+    env->ExceptionClear();
+    ADD_FAILURE() << "Java exception pending after " << what;
+    return false;
+}
+
+jmethodID Method(const char* name, const char* signature) {
+    JNIEnv* env = Env();
+    jmethodID id = env->GetStaticMethodID(Manager(), name, signature);
+    if (id == nullptr) {
+        NoException(env, name);
+        ADD_FAILURE() << "no method " << name << signature;
+    }
+    return id;
+}
+
+// Tests run on a thread that never returns to Java, so each test gets its own local frame.
+class LocalFrames : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo&) override { Env()->PushLocalFrame(64); }
+    void OnTestEnd(const testing::TestInfo&) override { Env()->PopLocalFrame(nullptr); }
+};
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& os, const LogLine& line) {
+    return os << line.priority << " " << line.text;
+}
+
+std::vector<LogLine> TakeLogs() {
+    std::lock_guard<std::mutex> lock(g_logLock);
+    std::vector<LogLine> lines;
+    lines.swap(*g_logs);
+    return lines;
+}
+
+simdevice::SimDevice& Device() {
+    // Never destroyed: its services must outlive the library's own teardown at exit.
+    static simdevice::SimDevice* device = new simdevice::SimDevice();
+    return *device;
+}
+
+JavaVM* Vm() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        __android_log_set_logger(CaptureLine);
+        __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+        g_vm = CreateVm();
+    });
+    return g_vm;
+}
+
+JNIEnv* Env() {
+    JavaVM* vm = Vm();
+    JNIEnv* env = nullptr;
+    if (vm->GetEnv(reinterpret_cast<void**>(&env), JNI_VERSION_1_6) == JNI_EDETACHED) {
+        vm->AttachCurrentThread(reinterpret_cast<void**>(&env), nullptr);
+    }
+    return env;
+}
+
+jclass Manager() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        Device().Start();
+        JNIEnv* env = Env();
+        jclass local = env->FindClass(kManager);
+        if (local == nullptr) {
+            env->ExceptionDescribe();
+            std::abort();
+        }
+        g_manager = static_cast<jclass>(env->NewGlobalRef(local));
+        env->DeleteLocalRef(local);
+        // Looking a static method up initialises the class, whose initialiser loads the library.
+        env->GetStaticMethodID(g_manager, "isFactoryVersionNative", "()Z");
+        if (env->ExceptionCheck()) {
+            env->ExceptionDescribe();
+            std::abort();
+        }
+        WaitIdle();
+    });
+    return g_manager;
+}
+
+#define KXTEST_CALL(JniCall)                                                    \
+    JNIEnv* env = Env();                                                        \
+    jmethodID id = Method(name, signature);                                     \
+    va_list args;                                                               \
+    va_start(args, signature);                                                  \
+    auto result = id == nullptr ? decltype(env->JniCall(Manager(), id, args)){} \
+                                : env->JniCall(Manager(), id, args);            \
+    va_end(args);                                                               \
+    NoException(env, name);
+
+jint CallInt(const char* name, const char* signature, ...) {
+    KXTEST_CALL(CallStaticIntMethodV)
+    return result;
+}
+
+jlong CallLong(const char* name, const char* signature, ...) {
+    KXTEST_CALL(CallStaticLongMethodV)
+    return result;
+}
+
+bool CallBool(const char* name, const char* signature, ...) {
+    KXTEST_CALL(CallStaticBooleanMethodV)
+    return result == JNI_TRUE;
+}
+
+std::optional<std::string> CallString(const char* name, const char* signature, ...) {
+    KXTEST_CALL(CallStaticObjectMethodV)
+    if (result == nullptr) return std::nullopt;
+    std::string text = ToString(env, static_cast<jstring>(result));
+    env->DeleteLocalRef(result);
+    return text;
+}
+
+std::optional<std::vector<int32_t>> CallIntArray(const char* name, const char* signature, ...) {
+    KXTEST_CALL(CallStaticObjectMethodV)
+    if (result == nullptr) return std::nullopt;
+    jintArray array = static_cast<jintArray>(result);
+    std::vector<int32_t> values(static_cast<size_t>(env->GetArrayLength(array)));
+    if (!values.empty()) env->GetIntArrayRegion(array, 0, values.size(), values.data());
+    env->DeleteLocalRef(result);
+    return values;
+}
+#undef KXTEST_CALL
+
+jstring JStr(const char* utf8) { return utf8 == nullptr ? nullptr : Env()->NewStringUTF(utf8); }
+
+jintArray JInts(const std::vector<int32_t>& values) {
+    JNIEnv* env = Env();
+    jintArray array = env->NewIntArray(static_cast<jsize>(values.size()));
+    if (!values.empty()) env->SetIntArrayRegion(array, 0, values.size(), values.data());
+    return array;
+}
+
+jbyteArray JBytes(const std::vector<uint8_t>& values) {
+    JNIEnv* env = Env();
+    jbyteArray array = env->NewByteArray(static_cast<jsize>(values.size()));
+    if (!values.empty()) {
+        env->SetByteArrayRegion(array, 0, values.size(),
+                                reinterpret_cast<const jbyte*>(values.data()));
+    }
+    return array;
+}
+
+jobject NewModel(const char* className) {
+    JNIEnv* env = Env();
+    std::string name = std::string("com/tavrin/mmitest/model/") + className;
+    jclass clazz = env->FindClass(name.c_str());
+    if (clazz == nullptr) {
+        NoException(env, className);
+        return nullptr;
+    }
+    jobject object = env->NewObject(clazz, env->GetMethodID(clazz, "<init>", "()V"));
+    NoException(env, className);
+    env->DeleteLocalRef(clazz);
+    return object;
+}
+
+void SetIntField(jobject object, const char* field, int32_t value) {
+    JNIEnv* env = Env();
+    jclass clazz = env->GetObjectClass(object);
+    env->SetIntField(object, env->GetFieldID(clazz, field, "I"), value);
+    NoException(env, field);
+    env->DeleteLocalRef(clazz);
+}
+
+void SetStringField(jobject object, const char* field, const char* utf8) {
+    JNIEnv* env = Env();
+    jclass clazz = env->GetObjectClass(object);
+    jstring value = JStr(utf8);
+    env->SetObjectField(object, env->GetFieldID(clazz, field, "Ljava/lang/String;"), value);
+    NoException(env, field);
+    if (value != nullptr) env->DeleteLocalRef(value);
+    env->DeleteLocalRef(clazz);
+}
+
+std::optional<std::string> ManagerStaticString(const char* field) {
+    JNIEnv* env = Env();
+    jfieldID id = env->GetStaticFieldID(Manager(), field, "Ljava/lang/String;");
+    if (id == nullptr) {
+        NoException(env, field);
+        return std::nullopt;
+    }
+    jobject value = env->GetStaticObjectField(Manager(), id);
+    if (value == nullptr) return std::nullopt;
+    std::string text = ToString(env, static_cast<jstring>(value));
+    env->DeleteLocalRef(value);
+    return text;
+}
+
+void SetManagerStaticString(const char* field, const char* utf8) {
+    JNIEnv* env = Env();
+    jfieldID id = env->GetStaticFieldID(Manager(), field, "Ljava/lang/String;");
+    jstring value = JStr(utf8);
+    env->SetStaticObjectField(Manager(), id, value);
+    NoException(env, field);
+    if (value != nullptr) env->DeleteLocalRef(value);
+}
+
+void WaitIdle() { simdevice::SimDevice::WaitIdle(); }
+
+void* LibrarySymbol(const char* name) {
+    Manager();
+    static void* handle =
+        dlopen((std::string(KXTEST_LIB_DIR) + "/libKxMMI_jni.so").c_str(), RTLD_NOW | RTLD_NOLOAD);
+    return handle == nullptr ? nullptr : dlsym(handle, name);
+}
+
+}  // namespace kxtest
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    kxtest::Env();
+    testing::UnitTest::GetInstance()->listeners().Append(new kxtest::LocalFrames());
+    return RUN_ALL_TESTS();
+}

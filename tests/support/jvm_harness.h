@@ -1,0 +1,68 @@
+// Test harness: one real JVM per test binary with the app's classes, the simulated device started
+// before the library loads, platform-log capture, and calls of MmiNativeManager's natives through
+// Java, exactly as the app makes them.
+#ifndef KXMMI_TESTS_SUPPORT_JVM_HARNESS_H
+#define KXMMI_TESTS_SUPPORT_JVM_HARNESS_H
+
+#include <jni.h>
+#include <simdevice/sim_device.h>
+
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace kxtest {
+
+struct LogLine {
+    int priority;  // 3 debug, 4 info, 5 warning, 6 error
+    std::string text;
+    bool operator==(const LogLine& o) const { return priority == o.priority && text == o.text; }
+};
+std::ostream& operator<<(std::ostream& os, const LogLine& line);
+
+// Platform-log lines written since the last call (every priority), oldest first.
+std::vector<LogLine> TakeLogs();
+
+// The simulated device of this process. Configure it (absent, 1.0-only) before the first
+// Manager() call to change what the library finds at load; Start() happens at that call.
+simdevice::SimDevice& Device();
+
+// The JVM of this process and the calling thread's environment (attached on first use).
+JavaVM* Vm();
+JNIEnv* Env();
+
+// MmiNativeManager; the first use loads libKxMMI_jni through the class's static initializer,
+// after the simulated device has been started.
+jclass Manager();
+
+// Calls a static native of MmiNativeManager. Fails the current test on a pending Java exception.
+jint CallInt(const char* name, const char* signature, ...);
+jlong CallLong(const char* name, const char* signature, ...);
+bool CallBool(const char* name, const char* signature, ...);
+std::optional<std::string> CallString(const char* name, const char* signature, ...);  // null: none
+std::optional<std::vector<int32_t>> CallIntArray(const char* name, const char* signature, ...);
+
+// Java values for arguments: local references of the calling thread.
+jstring JStr(const char* utf8);  // nullptr gives a null reference
+jintArray JInts(const std::vector<int32_t>& values);
+jbyteArray JBytes(const std::vector<uint8_t>& values);
+// A new com/tavrin/mmitest/model/<className> with its no-argument constructor; fields set with
+// SetIntField / SetStringField.
+jobject NewModel(const char* className);
+void SetIntField(jobject object, const char* field, int32_t value);
+void SetStringField(jobject object, const char* field, const char* utf8);
+// A static String field of MmiNativeManager (nullopt for null).
+std::optional<std::string> ManagerStaticString(const char* field);
+void SetManagerStaticString(const char* field, const char* utf8);
+
+// Waits until every service death and registration report has reached the library.
+void WaitIdle();
+
+// Calls one of the library's exported functions (JNI_OnLoad, InitMmiNativeManager, ...) directly.
+void* LibrarySymbol(const char* name);
+
+}  // namespace kxtest
+
+#endif
