@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
+#include <cstdlib>
 #include <mutex>
 
 namespace kxtest {
@@ -24,7 +25,9 @@ JavaVM* g_vm = nullptr;
 jclass g_manager = nullptr;
 
 JavaVM* CreateVm() {
-    std::string classPath = std::string("-Djava.class.path=") + KXTEST_JAR;
+    const char* override = std::getenv("KXTEST_CLASSPATH");  // suites that load other classes
+    std::string classPath =
+        std::string("-Djava.class.path=") + (override != nullptr ? override : KXTEST_JAR);
     std::string libraryPath = std::string("-Djava.library.path=") + KXTEST_LIB_DIR;
     JavaVMOption options[] = {
         {const_cast<char*>(classPath.c_str()), nullptr},

@@ -1,0 +1,61 @@
+// A load that cannot bind the natives answers -1 but keeps the services connected and watched.
+// Run twice: with no MmiNativeManager on the class path, and with one that lacks a native.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "jvm_harness.h"
+
+namespace {
+
+using kxtest::LogLine;
+constexpr int D = 3;
+constexpr int W = 5;
+constexpr int E = 6;
+
+TEST(LoadFailure, RefusesTheLoadButKeepsServicesConnectedAndWatched) {
+    const char* expect = std::getenv("KXTEST_LOAD_FAILURE");
+    ASSERT_NE(expect, nullptr);
+    const std::string reason =
+        std::string(expect) == "class"
+            ? "RegisterNativeMethods fail, class not found"
+            : "RegisterNativeMethods fail, cont not register all the methods";
+
+    kxtest::Device().Start();
+    JNIEnv* env = kxtest::Env();
+    jclass probe = env->FindClass("com/tavrin/mmitest/probe/LoadProbe");
+    ASSERT_NE(probe, nullptr);
+    jmethodID load = env->GetStaticMethodID(probe, "load", "()Ljava/lang/String;");
+    jobject error = env->CallStaticObjectMethod(probe, load);
+    ASSERT_FALSE(env->ExceptionCheck());
+    EXPECT_NE(error, nullptr) << "the JVM accepted a load that answered -1";
+    kxtest::WaitIdle();
+
+    std::vector<LogLine> lines;
+    for (const LogLine& l : kxtest::TakeLogs()) {
+        if (l.priority != W) lines.push_back(l);  // pre-existing reports arrive in any order
+    }
+    std::vector<LogLine> expected = {
+        {D, "KxMMITest_jni: registerForNotifications"},
+        {D, "KxMMITest_jni: InitMmiNativeManager"},
+        {D, "KxMMITest_jni: g_kxFactoryInterface linkToDeath"},
+        {D, "KxMMITest_jni: g_kxDisplay linkToDeath"},
+        {D, "KxMMITest_jni: g_kxTouchScreen linkToDeath"},
+        {D, "KxMMITest_jni: g_kxSensors linkToDeath"},
+        {D, "KxMMITest_jni: g_kxPower linkToDeath"},
+        {D, "g_kxLight linkToDeath"},
+        {D, "KxMMITest_jni: g_kxOtherdevices linkToDeath"},
+        {E, "KxMMITest_jni: " + reason},
+        {E, "KxMMITest_jni: JNI_OnLoad fail, registerNatives failed"},
+    };
+    EXPECT_EQ(lines, expected);
+
+    kxtest::Device().Kill(simdevice::Service::kPower);
+    kxtest::WaitIdle();
+    EXPECT_EQ(kxtest::TakeLogs(),
+              (std::vector<LogLine>{{W, "KxMMITest_jni: ProcessServiceDied, cookie is:5"},
+                                    {D, "KxMMITest_jni: ExitMmiNativeManager"}}));
+}
+
+}  // namespace
