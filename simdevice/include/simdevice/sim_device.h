@@ -1,0 +1,186 @@
+// Simulated device: the seven vendor services implemented in the host process, registered with the
+// host transport under their device instance names, answering every operation with a programmable
+// answer and recording every call they receive. Tests and the console drive it to put the native
+// library in front of a healthy device, a missing or older service, a dying service or a service
+// that answers badly.
+//
+// Everything here is thread-safe: calls may arrive on any number of threads while another thread
+// kills, revives or reprograms services.
+#ifndef SIMDEVICE_SIM_DEVICE_H
+#define SIMDEVICE_SIM_DEVICE_H
+
+#include <vendor/tavrin/hardware/kxfactoryinterface/1.0/types.h>
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace simdevice {
+
+enum class Service { kFactory, kDisplay, kTouchscreen, kSensors, kPower, kLight, kOtherdevices };
+inline constexpr Service kAllServices[] = {
+    Service::kFactory, Service::kDisplay, Service::kTouchscreen, Service::kSensors,
+    Service::kPower,   Service::kLight,   Service::kOtherdevices};
+
+// "factory", "display", "touchscreen", "sensors", "power", "light", "otherdevices".
+const char* ServiceName(Service service);
+std::optional<Service> ServiceFromName(std::string_view name);
+// The name the service registers under: "kxfactoryinterface_hal" for the factory, else "default".
+const char* InstanceName(Service service);
+// Whether the service has a newer minor version that it can be told not to offer.
+bool HasMinorUpdate(Service service);
+
+// What an operation answers: one value, or the values it hands to its callback, or no callback at
+// all, or a transport failure in the middle of the call.
+class Answer {
+  public:
+    enum class Kind { kValues, kNoCallback, kTransportError };
+    // Integers of every width travel as int64 until an operation's shape narrows them.
+    using Value = std::variant<int64_t, bool, std::string, std::vector<int32_t>>;
+
+    // Text forms: "nocallback", "transport-error", or values separated by commas, each an integer
+    // (7, -3), true, false, a JSON string ("a\"b", "\u00e9") or an integer vector ([1, 2, 3]).
+    // Returns nothing and sets *error (if given) when the text is not an answer.
+    static std::optional<Answer> Parse(std::string_view text, std::string* error);
+
+    static Answer Values(std::vector<Value> values);
+    static Answer NoCallback();
+    static Answer TransportError();
+
+    Kind kind() const { return kind_; }
+    const std::vector<Value>& values() const { return values_; }
+    // Canonical text, accepted by Parse.
+    std::string ToString() const;
+
+    bool operator==(const Answer& other) const {
+        return kind_ == other.kind_ && values_ == other.values_;
+    }
+
+  private:
+    Answer(Kind kind, std::vector<Value> values) : kind_(kind), values_(std::move(values)) {}
+    Kind kind_;
+    std::vector<Value> values_;
+};
+
+enum class Type {
+    kInt32,
+    kInt64,
+    kBool,
+    kString,
+    kInt32Vector,
+    kFmdMsg,
+    kFmdOperation,
+    kDisplayRet
+};
+const char* TypeName(Type type);  // "int32", "int64", "bool", "string", "int32[]", ...
+
+struct Field {
+    Type type;
+    const char* name;
+};
+
+// One operation of a service, at its position in the interface that declares it.
+struct OperationInfo {
+    const char* name;
+    uint32_t position;
+    const char* version;  // of the interface that declares it: "1.0", "1.1" or "2.0"
+    std::vector<Field> args;
+    bool callback;               // answers through a callback rather than a returned value
+    std::vector<Field> answers;  // the returned value, or the callback's arguments
+    // "value: int64" or "callback: int32 resultCode, int32[] samples".
+    std::string Shape() const;
+};
+
+// One call that reached a service.
+struct Call {
+    Service service;
+    std::string operation;
+    uint32_t position;  // as the transport delivered it; 0 when called without the transport
+    // Ints in decimal, bools as true/false, strings JSON-quoted, vectors as [1, 2, 3] (the first 32
+    // values, then ", ... (N values)]"), records as {field: value, ...} in the record's order.
+    std::vector<std::string> args;
+    std::string Text() const;  // "service.operation(arg, arg)"
+};
+
+namespace internal {
+class Core;
+class ServiceHost;
+}  // namespace internal
+
+class SimDevice {
+  public:
+    SimDevice();
+    // Kills every service this device registered.
+    ~SimDevice();
+    SimDevice(const SimDevice&) = delete;
+    SimDevice& operator=(const SimDevice&) = delete;
+
+    // The operations of a service that the native library calls, in position order.
+    static const std::vector<OperationInfo>& Operations(Service service);
+    static const OperationInfo* FindOperation(Service service, std::string_view operation);
+
+    // Leaves the service unregistered at Start. False (and no effect) once started.
+    bool SetAbsent(Service service, bool absent);
+    // Registers the service with its 1.0 interface chain only, so that casts to 1.1 answer empty.
+    // Takes effect at the service's next registration (Start, or Revive after Kill). False for a
+    // service with a single version.
+    bool SetOnlyV10(Service service, bool only);
+
+    // Registers every service not configured absent. Later calls do nothing.
+    void Start();
+    // Kills the service's registration: calls through existing handles fail with a transport error
+    // and linked death recipients are told. False when it was not registered.
+    bool Kill(Service service);
+    // Registers the service (again): a new registration report. False when already registered.
+    bool Revive(Service service);
+    bool IsRegistered(Service service) const;
+
+    // Programs the answer of every later call of the operation. An answer with fewer callback
+    // values than the callback takes is completed with 0, false, "" and []. "nocallback" is refused
+    // for operations that return a value; they can fail with "transport-error" instead.
+    bool Program(Service service, std::string_view operation, std::string_view answer,
+                 std::string* error);
+    bool Program(Service service, std::string_view operation, const Answer& answer,
+                 std::string* error);
+    // The answer the next call of the operation gets, for operations whose default does not
+    // depend on the call's arguments; getFactoryInfo's default is keyed by its info kind.
+    std::optional<Answer> CurrentAnswer(Service service, std::string_view operation) const;
+    void ResetAnswers();
+
+    // Every call recorded since the last take, oldest first. The record keeps the newest 65536.
+    std::vector<Call> TakeCalls();
+    // The last vector, FmdMsg and FmdOperation that reached the services, as received.
+    std::optional<std::vector<int32_t>> LastVector(Service service,
+                                                   std::string_view operation) const;
+    std::optional<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdMsg> LastFmdMsg() const;
+    std::optional<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation>
+    LastFmdOperation() const;
+
+    // Back to a started healthy device: default answers, no configuration, no records, every
+    // service registered with its full version. Services that already are stay untouched; one
+    // registered 1.0-only is killed and registered again, so clients see a death and a
+    // registration.
+    void Reset();
+
+    // Returns once every death and registration report posted so far has been delivered.
+    static void WaitIdle();
+
+  private:
+    struct Slot;
+    bool RegisterLocked(Slot& slot);
+    void KillLocked(Slot& slot);
+
+    std::shared_ptr<internal::Core> core_;
+    mutable std::mutex lifecycle_;
+    bool started_ = false;
+    std::vector<std::unique_ptr<Slot>> slots_;
+};
+
+}  // namespace simdevice
+
+#endif

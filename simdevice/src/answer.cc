@@ -1,0 +1,464 @@
+// Answer texts: parsing, canonical form, and fitting an answer to an operation's shape.
+#include <cerrno>
+#include <cinttypes>
+#include <climits>
+#include <cstdlib>
+
+#include "internal.h"
+
+namespace simdevice {
+
+namespace {
+
+constexpr std::string_view kNoCallback = "nocallback";
+constexpr std::string_view kTransportError = "transport-error";
+
+bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsWordChar(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || IsDigit(c) || c == '-' || c == '_';
+}
+
+void AppendUtf8(uint32_t cp, std::string* out) {
+    if (cp < 0x80) {
+        out->push_back(static_cast<char>(cp));
+    } else if (cp < 0x800) {
+        out->push_back(static_cast<char>(0xC0 | (cp >> 6)));
+        out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else if (cp < 0x10000) {
+        out->push_back(static_cast<char>(0xE0 | (cp >> 12)));
+        out->push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+        out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else {
+        out->push_back(static_cast<char>(0xF0 | (cp >> 18)));
+        out->push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
+        out->push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+        out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+    }
+}
+
+// Recursive-descent reader of one answer text. Errors name the 1-based column.
+class Parser {
+  public:
+    explicit Parser(std::string_view text) : text_(text) {}
+
+    std::optional<Answer> Parse(std::string* error) {
+        std::string_view trimmed = Trimmed();
+        if (trimmed.empty()) {
+            return Fail(error, "empty answer; expected values separated by commas, " +
+                                   std::string(kNoCallback) + " or " +
+                                   std::string(kTransportError));
+        }
+        if (trimmed == kNoCallback) return Answer::NoCallback();
+        if (trimmed == kTransportError) return Answer::TransportError();
+        std::vector<Answer::Value> values;
+        for (;;) {
+            SkipSpace();
+            std::optional<Answer::Value> value = ReadValue();
+            if (!value) return Fail(error, error_);
+            values.push_back(std::move(*value));
+            SkipSpace();
+            if (AtEnd()) break;
+            if (text_[pos_] != ',') {
+                return Fail(error, At("expected ',' between values, found " + Found()));
+            }
+            ++pos_;
+            SkipSpace();
+            if (AtEnd()) return Fail(error, At("expected a value after ','"));
+        }
+        return Answer::Values(std::move(values));
+    }
+
+  private:
+    std::string_view Trimmed() const {
+        size_t b = 0, e = text_.size();
+        while (b < e && IsSpace(text_[b])) ++b;
+        while (e > b && IsSpace(text_[e - 1])) --e;
+        return text_.substr(b, e - b);
+    }
+    bool AtEnd() const { return pos_ >= text_.size(); }
+    void SkipSpace() {
+        while (!AtEnd() && IsSpace(text_[pos_])) ++pos_;
+    }
+    std::string At(const std::string& what) const {
+        return "column " + std::to_string(pos_ + 1) + ": " + what;
+    }
+    std::string Found() const {
+        if (AtEnd()) return "the end";
+        size_t end = pos_ + 1;
+        while (end < text_.size() && IsWordChar(text_[pos_]) && IsWordChar(text_[end])) ++end;
+        return "'" + std::string(text_.substr(pos_, end - pos_)) + "'";
+    }
+    static std::nullopt_t Fail(std::string* error, const std::string& message) {
+        if (error != nullptr) *error = message;
+        return std::nullopt;
+    }
+    std::nullopt_t Error(const std::string& message) {
+        error_ = At(message);
+        return std::nullopt;
+    }
+
+    std::optional<Answer::Value> ReadValue() {
+        if (AtEnd()) return Error("expected a value");
+        char c = text_[pos_];
+        if (c == '"') return ReadString();
+        if (c == '[') return ReadVector();
+        if (c == '-' || IsDigit(c)) {
+            std::optional<int64_t> v = ReadInteger();
+            if (!v) return std::nullopt;
+            return Answer::Value(*v);
+        }
+        for (auto [word, value] : {std::pair<std::string_view, bool>{"true", true},
+                                   std::pair<std::string_view, bool>{"false", false}}) {
+            if (text_.substr(pos_, word.size()) == word &&
+                (pos_ + word.size() == text_.size() || !IsWordChar(text_[pos_ + word.size()]))) {
+                pos_ += word.size();
+                return Answer::Value(value);
+            }
+        }
+        std::string found = Found();
+        if (found == "'" + std::string(kNoCallback) + "'" ||
+            found == "'" + std::string(kTransportError) + "'") {
+            return Error(found + " must be the whole answer");
+        }
+        return Error(
+            "expected an integer, true, false, a \"string\" or an [integer vector], found " +
+            found);
+    }
+
+    std::optional<int64_t> ReadInteger() {
+        size_t start = pos_;
+        if (text_[pos_] == '-') ++pos_;
+        if (AtEnd() || !IsDigit(text_[pos_])) {
+            pos_ = start;
+            return Error("expected digits after '-'");
+        }
+        while (!AtEnd() && IsDigit(text_[pos_])) ++pos_;
+        if (!AtEnd() && IsWordChar(text_[pos_])) {
+            size_t end = pos_;
+            while (end < text_.size() && IsWordChar(text_[end])) ++end;
+            std::string word(text_.substr(start, end - start));
+            pos_ = start;
+            return Error("not a decimal integer: '" + word + "'");
+        }
+        std::string digits(text_.substr(start, pos_ - start));
+        errno = 0;
+        long long v = std::strtoll(digits.c_str(), nullptr, 10);
+        if (errno == ERANGE) {
+            pos_ = start;
+            return Error("integer " + digits + " is out of the 64-bit range");
+        }
+        return static_cast<int64_t>(v);
+    }
+
+    std::optional<Answer::Value> ReadVector() {
+        ++pos_;  // '['
+        std::vector<int32_t> values;
+        SkipSpace();
+        if (!AtEnd() && text_[pos_] == ']') {
+            ++pos_;
+            return Answer::Value(std::move(values));
+        }
+        for (;;) {
+            SkipSpace();
+            if (AtEnd()) return Error("unterminated vector, expected ']'");
+            if (text_[pos_] != '-' && !IsDigit(text_[pos_])) {
+                return Error("vectors hold integers only, found " + Found());
+            }
+            size_t start = pos_;
+            std::optional<int64_t> v = ReadInteger();
+            if (!v) return std::nullopt;
+            if (*v < INT32_MIN || *v > INT32_MAX) {
+                pos_ = start;
+                return Error("vector element " + std::to_string(*v) + " is out of the int32 range");
+            }
+            values.push_back(static_cast<int32_t>(*v));
+            SkipSpace();
+            if (AtEnd()) return Error("unterminated vector, expected ']'");
+            if (text_[pos_] == ']') {
+                ++pos_;
+                return Answer::Value(std::move(values));
+            }
+            if (text_[pos_] != ',') return Error("expected ',' or ']' in vector, found " + Found());
+            ++pos_;
+        }
+    }
+
+    std::optional<uint32_t> ReadHex4() {
+        if (text_.size() - pos_ < 4) return Error("\\u needs four hex digits");
+        uint32_t v = 0;
+        for (size_t i = 0; i < 4; ++i) {
+            char c = text_[pos_ + i];
+            uint32_t d;
+            if (IsDigit(c)) {
+                d = static_cast<uint32_t>(c - '0');
+            } else if (c >= 'a' && c <= 'f') {
+                d = static_cast<uint32_t>(c - 'a' + 10);
+            } else if (c >= 'A' && c <= 'F') {
+                d = static_cast<uint32_t>(c - 'A' + 10);
+            } else {
+                return Error("\\u needs four hex digits");
+            }
+            v = v * 16 + d;
+        }
+        pos_ += 4;
+        return v;
+    }
+
+    std::optional<Answer::Value> ReadString() {
+        size_t open = pos_;
+        ++pos_;
+        std::string out;
+        for (;;) {
+            if (AtEnd()) {
+                pos_ = open;
+                return Error("unterminated string");
+            }
+            char c = text_[pos_];
+            if (c == '"') {
+                ++pos_;
+                return Answer::Value(std::move(out));
+            }
+            if (static_cast<unsigned char>(c) < 0x20) {
+                return Error("control character in string; write it as \\uXXXX");
+            }
+            if (c != '\\') {
+                out.push_back(c);
+                ++pos_;
+                continue;
+            }
+            ++pos_;
+            if (AtEnd()) continue;  // reported as unterminated
+            char e = text_[pos_++];
+            switch (e) {
+                case '"':
+                case '\\':
+                case '/':
+                    out.push_back(e);
+                    break;
+                case 'b':
+                    out.push_back('\b');
+                    break;
+                case 'f':
+                    out.push_back('\f');
+                    break;
+                case 'n':
+                    out.push_back('\n');
+                    break;
+                case 'r':
+                    out.push_back('\r');
+                    break;
+                case 't':
+                    out.push_back('\t');
+                    break;
+                case 'u': {
+                    std::optional<uint32_t> cp = ReadHex4();
+                    if (!cp) return std::nullopt;
+                    if (*cp >= 0xDC00 && *cp <= 0xDFFF) {
+                        return Error("\\u escape is a lone low surrogate");
+                    }
+                    if (*cp >= 0xD800 && *cp <= 0xDBFF) {
+                        if (text_.substr(pos_, 2) != "\\u") {
+                            return Error("high surrogate must be followed by a \\u low surrogate");
+                        }
+                        pos_ += 2;
+                        std::optional<uint32_t> low = ReadHex4();
+                        if (!low) return std::nullopt;
+                        if (*low < 0xDC00 || *low > 0xDFFF) {
+                            return Error("high surrogate must be followed by a \\u low surrogate");
+                        }
+                        *cp = 0x10000 + ((*cp - 0xD800) << 10) + (*low - 0xDC00);
+                    }
+                    AppendUtf8(*cp, &out);
+                    break;
+                }
+                default:
+                    --pos_;
+                    return Error(std::string("unknown escape \\") + e +
+                                 " (known: \\\" \\\\ \\/ \\b \\f \\n \\r \\t \\uXXXX)");
+            }
+        }
+    }
+
+    std::string_view text_;
+    size_t pos_ = 0;
+    std::string error_;
+};
+
+std::string ValueText(const Answer::Value& value) {
+    if (const auto* i = std::get_if<int64_t>(&value)) return std::to_string(*i);
+    if (const auto* b = std::get_if<bool>(&value)) return *b ? "true" : "false";
+    if (const auto* s = std::get_if<std::string>(&value))
+        return internal::Quote(std::string_view(*s));
+    std::string out = "[";
+    const auto& v = std::get<std::vector<int32_t>>(value);
+    for (size_t i = 0; i < v.size(); ++i) {
+        if (i != 0) out += ',';
+        out += std::to_string(v[i]);
+    }
+    return out + "]";
+}
+
+const char* ValueKind(const Answer::Value& value) {
+    switch (value.index()) {
+        case 0:
+            return "an integer";
+        case 1:
+            return "a bool";
+        case 2:
+            return "a string";
+        default:
+            return "a vector";
+    }
+}
+
+// Checks one value against the field's type; integers are narrowed where the type asks.
+bool FitValue(const Field& field, const Answer::Value& value, std::string* why) {
+    switch (field.type) {
+        case Type::kInt32:
+        case Type::kDisplayRet:
+            if (const auto* i = std::get_if<int64_t>(&value)) {
+                if (*i >= INT32_MIN && *i <= INT32_MAX) return true;
+                *why = std::to_string(*i) + " is out of the int32 range";
+                return false;
+            }
+            break;
+        case Type::kInt64:
+            if (std::holds_alternative<int64_t>(value)) return true;
+            break;
+        case Type::kBool:
+            if (std::holds_alternative<bool>(value)) return true;
+            break;
+        case Type::kString:
+            if (std::holds_alternative<std::string>(value)) return true;
+            break;
+        case Type::kInt32Vector:
+            if (std::holds_alternative<std::vector<int32_t>>(value)) return true;
+            break;
+        case Type::kFmdMsg:
+        case Type::kFmdOperation:
+            break;
+    }
+    *why = "expected " + std::string(TypeName(field.type)) + " " + field.name + ", got " +
+           ValueKind(value) + " (" + ValueText(value) + ")";
+    return false;
+}
+
+Answer::Value ZeroOf(Type type) {
+    switch (type) {
+        case Type::kBool:
+            return false;
+        case Type::kString:
+            return std::string();
+        case Type::kInt32Vector:
+            return std::vector<int32_t>();
+        default:
+            return int64_t{0};
+    }
+}
+
+}  // namespace
+
+std::optional<Answer> Answer::Parse(std::string_view text, std::string* error) {
+    return Parser(text).Parse(error);
+}
+
+Answer Answer::Values(std::vector<Value> values) {
+    return Answer(Kind::kValues, std::move(values));
+}
+Answer Answer::NoCallback() { return Answer(Kind::kNoCallback, {}); }
+Answer Answer::TransportError() { return Answer(Kind::kTransportError, {}); }
+
+std::string Answer::ToString() const {
+    switch (kind_) {
+        case Kind::kNoCallback:
+            return std::string(kNoCallback);
+        case Kind::kTransportError:
+            return std::string(kTransportError);
+        case Kind::kValues:
+            break;
+    }
+    std::string out;
+    for (size_t i = 0; i < values_.size(); ++i) {
+        if (i != 0) out += ',';
+        out += ValueText(values_[i]);
+    }
+    return out;
+}
+
+const char* TypeName(Type type) {
+    switch (type) {
+        case Type::kInt32:
+            return "int32";
+        case Type::kInt64:
+            return "int64";
+        case Type::kBool:
+            return "bool";
+        case Type::kString:
+            return "string";
+        case Type::kInt32Vector:
+            return "int32[]";
+        case Type::kFmdMsg:
+            return "FmdMsg";
+        case Type::kFmdOperation:
+            return "FmdOperation";
+        case Type::kDisplayRet:
+            return "DISPLAY_RET";
+    }
+    return "?";
+}
+
+std::string OperationInfo::Shape() const {
+    std::string out = callback ? "callback: " : "value: ";
+    for (size_t i = 0; i < answers.size(); ++i) {
+        if (i != 0) out += ", ";
+        out += TypeName(answers[i].type);
+        out += ' ';
+        out += answers[i].name;
+    }
+    return out;
+}
+
+namespace internal {
+
+std::optional<Answer> FitAnswer(const OperationInfo& info, const Answer& answer,
+                                std::string* error) {
+    auto fail = [&](const std::string& why) -> std::optional<Answer> {
+        if (error != nullptr)
+            *error = std::string(info.name) + " answers " + info.Shape() + "; " + why;
+        return std::nullopt;
+    };
+    switch (answer.kind()) {
+        case Answer::Kind::kTransportError:
+            return answer;
+        case Answer::Kind::kNoCallback:
+            if (info.callback) return answer;
+            return fail("nocallback applies to callback answers only (use transport-error)");
+        case Answer::Kind::kValues:
+            break;
+    }
+    const std::vector<Answer::Value>& given = answer.values();
+    if (!info.callback && given.size() != 1) {
+        return fail("expected exactly one value, got " + std::to_string(given.size()));
+    }
+    if (given.size() > info.answers.size()) {
+        return fail("expected at most " + std::to_string(info.answers.size()) + " values, got " +
+                    std::to_string(given.size()));
+    }
+    std::vector<Answer::Value> fitted;
+    for (size_t i = 0; i < info.answers.size(); ++i) {
+        if (i >= given.size()) {
+            fitted.push_back(ZeroOf(info.answers[i].type));
+            continue;
+        }
+        std::string why;
+        if (!FitValue(info.answers[i], given[i], &why)) {
+            return fail("value " + std::to_string(i + 1) + ": " + why);
+        }
+        fitted.push_back(given[i]);
+    }
+    return Answer::Values(std::move(fitted));
+}
+
+}  // namespace internal
+}  // namespace simdevice

@@ -1,0 +1,87 @@
+// Pieces shared by the simulated device's sources.
+#ifndef SIMDEVICE_SRC_INTERNAL_H
+#define SIMDEVICE_SRC_INTERNAL_H
+
+#include <android/hidl/base/1.0/IBase.h>
+#include <hidl/HidlSupport.h>
+#include <simdevice/sim_device.h>
+
+#include <atomic>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace simdevice {
+namespace internal {
+
+using ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdMsg;
+using ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation;
+
+// An argument as a service received it.
+using Arg = std::variant<int32_t, int64_t, bool, ::android::hardware::hidl_string,
+                         ::android::hardware::hidl_vec<int32_t>, FmdMsg, FmdOperation>;
+
+std::string FormatArg(const Arg& arg);
+// A JSON string literal: '"' and '\' escaped, control characters as \u00XX, other bytes as they
+// are.
+std::string Quote(std::string_view text);
+inline std::string Quote(const ::android::hardware::hidl_string& text) {
+    return Quote(std::string_view(text.c_str(), text.size()));
+}
+
+// The answer checked against the operation's shape, with callback values completed by defaults.
+// Nothing, and *error naming the expected shape, when it does not fit.
+std::optional<Answer> FitAnswer(const OperationInfo& info, const Answer& answer,
+                                std::string* error);
+const Answer& DefaultAnswer(const OperationInfo& info);
+// The default for one key (the first argument) where the default depends on it, else null.
+const Answer* KeyedDefaultAnswer(const OperationInfo& info, int64_t key);
+
+// The state every service object of one device shares: answers, records, typed copies. Service
+// objects keep it alive while a call is in progress, so a device may go away under a call.
+class Core {
+  public:
+    // Records the call and returns the answer it gets, fitted to the operation's shape.
+    Answer Serve(Service service, const char* operation, std::vector<Arg> args);
+
+    bool Program(Service service, std::string_view operation, const Answer& answer,
+                 std::string* error);
+    std::optional<Answer> CurrentAnswer(Service service, std::string_view operation) const;
+    void ResetAnswers();
+    std::vector<Call> TakeCalls();
+    void ClearRecords();
+
+    std::optional<std::vector<int32_t>> LastVector(Service service,
+                                                   std::string_view operation) const;
+    std::optional<FmdMsg> LastFmdMsg() const;
+    std::optional<FmdOperation> LastFmdOperation() const;
+
+    static constexpr size_t kMaxCalls = 65536;
+
+  private:
+    mutable std::mutex lock_;
+    std::map<const OperationInfo*, Answer> programmed_;
+    std::deque<Call> calls_;
+    std::map<const OperationInfo*, std::vector<int32_t>> last_vectors_;
+    std::optional<FmdMsg> last_msg_;
+    std::optional<FmdOperation> last_operation_;
+};
+
+// A service object as the device manages it.
+struct ServiceObject {
+    ::android::sp<::android::hidl::base::V1_0::IBase> object;
+    // Read by the object's interfaceChain: set, it reports only the 1.0 chain. Null for services
+    // with a single version.
+    std::shared_ptr<std::atomic<bool>> only_v10;
+};
+ServiceObject CreateService(Service service, std::shared_ptr<Core> core);
+
+}  // namespace internal
+}  // namespace simdevice
+
+#endif

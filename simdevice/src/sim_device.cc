@@ -1,0 +1,177 @@
+// Lifecycle of the simulated services: configuration, registration, death and revival.
+#include <hidl/HostTransport.h>
+
+#include "internal.h"
+
+namespace simdevice {
+
+namespace {
+
+struct Names {
+    Service service;
+    const char* name;
+    const char* instance;
+};
+
+constexpr Names kNames[] = {
+    {Service::kFactory, "factory", "kxfactoryinterface_hal"},
+    {Service::kDisplay, "display", "default"},
+    {Service::kTouchscreen, "touchscreen", "default"},
+    {Service::kSensors, "sensors", "default"},
+    {Service::kPower, "power", "default"},
+    {Service::kLight, "light", "default"},
+    {Service::kOtherdevices, "otherdevices", "default"},
+};
+
+}  // namespace
+
+const char* ServiceName(Service service) { return kNames[static_cast<size_t>(service)].name; }
+
+const char* InstanceName(Service service) { return kNames[static_cast<size_t>(service)].instance; }
+
+std::optional<Service> ServiceFromName(std::string_view name) {
+    for (const Names& n : kNames) {
+        if (name == n.name) return n.service;
+    }
+    return std::nullopt;
+}
+
+bool HasMinorUpdate(Service service) {
+    return service == Service::kFactory || service == Service::kDisplay ||
+           service == Service::kSensors;
+}
+
+struct SimDevice::Slot {
+    Service service;
+    internal::ServiceObject object;
+    bool absent = false;
+    bool only_v10 = false;
+    bool registered = false;
+    bool registered_only_v10 = false;  // how the current registration was made
+};
+
+SimDevice::SimDevice() : core_(std::make_shared<internal::Core>()) {
+    for (Service s : kAllServices) {
+        auto slot = std::make_unique<Slot>();
+        slot->service = s;
+        slot->object = internal::CreateService(s, core_);
+        slots_.push_back(std::move(slot));
+    }
+}
+
+SimDevice::~SimDevice() {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    for (auto& slot : slots_) KillLocked(*slot);
+}
+
+bool SimDevice::RegisterLocked(Slot& slot) {
+    if (slot.registered) return false;
+    if (slot.object.only_v10 != nullptr) slot.object.only_v10->store(slot.only_v10);
+    // Every interface's registerAsService comes down to this; the object's interfaceChain decides
+    // which descriptors it is found under.
+    ::android::status_t status = ::android::hardware::details::registerAsServiceInternal(
+        slot.object.object, InstanceName(slot.service));
+    if (status != ::android::OK) return false;
+    slot.registered = true;
+    slot.registered_only_v10 = slot.only_v10;
+    return true;
+}
+
+void SimDevice::KillLocked(Slot& slot) {
+    if (!slot.registered) return;
+    ::android::hardware::details::killService(slot.object.object);
+    slot.registered = false;
+}
+
+bool SimDevice::SetAbsent(Service service, bool absent) {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    if (started_) return false;
+    slots_[static_cast<size_t>(service)]->absent = absent;
+    return true;
+}
+
+bool SimDevice::SetOnlyV10(Service service, bool only) {
+    if (!HasMinorUpdate(service)) return false;
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    slots_[static_cast<size_t>(service)]->only_v10 = only;
+    return true;
+}
+
+void SimDevice::Start() {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    if (started_) return;
+    started_ = true;
+    for (auto& slot : slots_) {
+        if (!slot->absent) RegisterLocked(*slot);
+    }
+}
+
+bool SimDevice::Kill(Service service) {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    Slot& slot = *slots_[static_cast<size_t>(service)];
+    if (!slot.registered) return false;
+    KillLocked(slot);
+    return true;
+}
+
+bool SimDevice::Revive(Service service) {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    return RegisterLocked(*slots_[static_cast<size_t>(service)]);
+}
+
+bool SimDevice::IsRegistered(Service service) const {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    return slots_[static_cast<size_t>(service)]->registered;
+}
+
+bool SimDevice::Program(Service service, std::string_view operation, std::string_view answer,
+                        std::string* error) {
+    std::optional<Answer> parsed = Answer::Parse(answer, error);
+    if (!parsed) return false;
+    return Program(service, operation, *parsed, error);
+}
+
+bool SimDevice::Program(Service service, std::string_view operation, const Answer& answer,
+                        std::string* error) {
+    return core_->Program(service, operation, answer, error);
+}
+
+std::optional<Answer> SimDevice::CurrentAnswer(Service service, std::string_view operation) const {
+    return core_->CurrentAnswer(service, operation);
+}
+
+void SimDevice::ResetAnswers() { core_->ResetAnswers(); }
+
+std::vector<Call> SimDevice::TakeCalls() { return core_->TakeCalls(); }
+
+std::optional<std::vector<int32_t>> SimDevice::LastVector(Service service,
+                                                          std::string_view operation) const {
+    return core_->LastVector(service, operation);
+}
+
+std::optional<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdMsg> SimDevice::LastFmdMsg()
+    const {
+    return core_->LastFmdMsg();
+}
+
+std::optional<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation>
+SimDevice::LastFmdOperation() const {
+    return core_->LastFmdOperation();
+}
+
+void SimDevice::Reset() {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    started_ = true;
+    for (auto& slot : slots_) {
+        slot->absent = false;
+        slot->only_v10 = false;
+        if (slot->registered && slot->registered_only_v10) KillLocked(*slot);
+        RegisterLocked(*slot);
+    }
+    core_->ResetAnswers();
+    core_->ClearRecords();
+}
+
+void SimDevice::WaitIdle() { ::android::hardware::details::waitForTransportIdle(); }
+
+}  // namespace simdevice
