@@ -1,0 +1,47 @@
+// A healthy simulated device with empty call and log records before every factory test.
+#ifndef KXMMI_TESTS_FACTORY_FACTORY_FIXTURE_H
+#define KXMMI_TESTS_FACTORY_FACTORY_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "jvm_harness.h"
+
+namespace factorytest {
+
+using kxtest::LogLine;
+
+constexpr int D = 3;
+constexpr int E = 6;
+
+inline LogLine Debug(const std::string& text) { return {D, "KxMMITest_jni: " + text}; }
+inline LogLine Error(const std::string& text) { return {E, "KxMMITest_jni: " + text}; }
+
+class FactoryTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        kxtest::Manager();
+        kxtest::Device().Reset();
+        kxtest::WaitIdle();
+        kxtest::TakeLogs();
+        kxtest::Device().TakeCalls();
+    }
+    static void Answer(const char* operation, const std::string& answer) {
+        std::string error;
+        ASSERT_TRUE(
+            kxtest::Device().Program(simdevice::Service::kFactory, operation, answer, &error))
+            << error;
+    }
+    // The calls that reached the services since the last take, as "service.operation(args)".
+    static std::vector<std::string> Calls() {
+        std::vector<std::string> texts;
+        for (const simdevice::Call& c : kxtest::Device().TakeCalls()) texts.push_back(c.Text());
+        return texts;
+    }
+};
+
+}  // namespace factorytest
+
+#endif
