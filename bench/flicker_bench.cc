@@ -93,6 +93,8 @@ BENCHMARK(BM_Optimised)->DenseRange(0, 2)->Unit(benchmark::kMicrosecond);
 // Console output as usual, then the speed-up per input from the same run.
 class RatioReporter : public benchmark::ConsoleReporter {
   public:
+    explicit RatioReporter(OutputOptions options) : ConsoleReporter(options) {}
+
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
