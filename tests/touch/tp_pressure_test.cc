@@ -197,27 +197,5 @@ TEST_F(Pressure, ValueAnswersPassThroughWithTheirArgumentsInJavaOrder) {
                               "touchscreen.checkTpPressureCalibPosition(1, -2, 3)@33"}));
 }
 
-TEST_F(Pressure, TransportFailureAnswersTheFailureValueWithOneErrorLine) {
-    Answer(Service::kTouchscreen, "getTpPressureWaitingTime", "transport-error");
-    Answer(Service::kTouchscreen, "setTpPressureCalibration1", "transport-error");
-    Answer(Service::kSensors, "setApPressureCalibrationExtern", "transport-error");
-    EXPECT_EQ(kxtest::CallLong("getTpPressureWaitingTimeNative", "()J"), -1);
-    EXPECT_FALSE(CallBool("setTpPressureCalibrationNative", "(II)Z", 1, 0));
-    EXPECT_EQ(CallInt("setApPressureCalibExternNative", "(II[I)I", 0, 11, kxtest::JInts({1})), -1);
-    Lines logs = TakeLogs();
-    ASSERT_EQ(logs.size(), 4u);
-    EXPECT_EQ(logs[2], Line(D, "SetApPressureCalibrationExtern rawDataLength: 1"));
-    const std::pair<size_t, const char*> failed[] = {{0, "GetTpPressureWaitingTime"},
-                                                     {1, "SetTpPressureCalibration"},
-                                                     {3, "SetApPressureCalibrationExtern"}};
-    for (const auto& [i, function] : failed) {
-        EXPECT_EQ(logs[i].priority, E);
-        EXPECT_EQ(logs[i].text.rfind(
-                      std::string("KxMMITest_jni: ") + function + " fail, transport error: ", 0),
-                  0u)
-            << logs[i].text;
-    }
-}
-
 }  // namespace
 }  // namespace touchtest
