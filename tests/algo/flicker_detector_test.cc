@@ -214,14 +214,6 @@ TEST(CaclueFrequency, CallersStateIsUntouched) {
     EXPECT_EQ(0, std::memcmp(&before, &ctx, sizeof(ctx)));
 }
 
-TEST(InitFrequencyDetectAlgo, ClearsEveryByte) {
-    AlgoContext ctx;
-    std::memset(&ctx, 0xA5, sizeof(ctx));
-    ASSERT_TRUE(InitFrequencyDetectAlgo(ctx));
-    const unsigned char* p = reinterpret_cast<const unsigned char*>(&ctx);
-    for (size_t i = 0; i < sizeof(ctx); ++i) ASSERT_EQ(0, p[i]) << "byte " << i;
-}
-
 // --- Optimised transform against the straightforward evaluation ---------------------------------
 
 // Compares every field bit for bit and names the first that differs.
