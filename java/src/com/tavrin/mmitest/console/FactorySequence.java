@@ -1,0 +1,216 @@
+package com.tavrin.mmitest.console;
+
+import com.tavrin.mmitest.model.BigDataOperation;
+import com.tavrin.mmitest.model.BigDataValue;
+
+import java.lang.reflect.Method;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+import java.util.Objects;
+import java.util.function.Predicate;
+
+/**
+ * The factory-test sequence of {@code ./mmi run}, as data: one step per request, in the order a
+ * station would run them. To extend it, add a step; the tests check that every native method is
+ * covered and that every step's arguments fit its method.
+ */
+final class FactorySequence {
+    private FactorySequence() {}
+
+    /** What a healthy device answers to a step; the verdict of a step is this test of its answer. */
+    static final class Expect {
+        final String shown;
+        private final Predicate<Object> healthy;
+
+        private Expect(String shown, Predicate<Object> healthy) {
+            this.shown = shown;
+            this.healthy = healthy;
+        }
+
+        boolean test(Object answer) {
+            return healthy.test(answer);
+        }
+    }
+
+    /** A service result code: 0 is success. */
+    static final Expect CODE = new Expect("0", a -> a instanceof Number && ((Number) a).longValue() == 0);
+    /** A measured or configured quantity: the failure value is -1, and none is negative. */
+    static final Expect QUANTITY = new Expect(">= 0", a -> a instanceof Number && ((Number) a).longValue() >= 0);
+    static final Expect TRUE = new Expect("true", Boolean.TRUE::equals);
+
+    /** A non-empty text that is none of the method's failure texts. */
+    static Expect text(String... failures) {
+        List<String> bad = Arrays.asList(failures);
+        String shown = bad.isEmpty() ? "text" : "text, not " + String.join(" or ", bad);
+        return new Expect(shown, a -> a instanceof String && !((String) a).isEmpty() && !bad.contains(a));
+    }
+
+    static Expect values(int count) {
+        return new Expect(count + " values", a -> a instanceof int[] && ((int[]) a).length == count);
+    }
+
+    static final class Step {
+        final String method;
+        final Object[] args;
+        final Expect expect;
+        /** Show the service calls the step made, for steps whose point is what the service received. */
+        boolean showCalls;
+        /** A static field of MmiNativeManager the step writes, shown after it. */
+        String showField;
+        /** What the method answers when its service is gone, if not the usual value of its type. */
+        private Object failure;
+        private boolean failureGiven;
+
+        Step(String method, Expect expect, Object... args) {
+            this.method = method;
+            this.expect = expect;
+            this.args = args;
+        }
+
+        Step calls() {
+            showCalls = true;
+            return this;
+        }
+
+        Step field(String name) {
+            showField = name;
+            return this;
+        }
+
+        Step failsWith(Object value) {
+            failure = value;
+            failureGiven = true;
+            return this;
+        }
+
+        Method resolve() {
+            return Natives.find(method);
+        }
+
+        Object failureValue() {
+            return failureGiven ? failure : Natives.failureValue(resolve().getReturnType());
+        }
+
+        boolean isFailureValue(Object answer) {
+            return Objects.deepEquals(failureValue(), answer);
+        }
+    }
+
+    private static Step step(String method, Expect expect, Object... args) {
+        return new Step(method, expect, args);
+    }
+
+    static final String FPS_FAILED = "FAILED:getDisplayFpsConfig";
+
+    static List<Step> steps() {
+        int[] rawPressure = new int[16];
+        for (int i = 0; i < rawPressure.length; i++) {
+            rawPressure[i] = 1000 + 25 * i;
+        }
+        return List.of(
+                // Power and USB first: a device that cannot report its battery is not tested further.
+                step("getPowerStateNative", text(), "battery"),
+                step("setPowerStateNative", CODE, "charging", "enable"),
+                step("checkUsbSpeedNative", CODE, "usb3"),
+                // Who the device is and where it has been.
+                step("isFactoryVersionNative", TRUE),
+                step("getBsnNative", text()),
+                step("getManufactureFileNameNative", text()),
+                step("getManufactureModeNative", QUANTITY),
+                step("getManufactureStationFlagNative", text(), 1),
+                step("getOeminfoNative", text(), 1, 0, 64),
+                step("getMmiAutoStartFlagNative", text("Error")),
+                step("disableMmiAutoStartNative", CODE, "0"),
+                step("getMmiDeviceFeaturesCheckResultNative", CODE, 0),
+                step("setTestCycleNative", CODE, 7, 3).calls(),
+                // Test records: what the service receives is the point, so show it.
+                step("sendBigDataValueNative", CODE,
+                        new BigDataValue(101, "touchscreen", "tp_pressure", "512", "400", "600", "pass")
+                                .version(1).dataSource(2).cycle(3).station("MMI2").bsn("BSN0001")
+                                .time("2024-05-06 10:11:12").firmware("fw1.2").description("pressure center"))
+                        .calls(),
+                step("sendBigDataOperationNative", CODE, new BigDataOperation(1, 17, 2, "BSN0001", "MMI2", 3))
+                        .calls(),
+                // Pressure calibration: enter the mode, place, calibrate, verify, leave.
+                step("isTpPressureSupportNative", TRUE),
+                step("getTpPressureWaitingTimeNative", QUANTITY),
+                step("controlTpPressureCalibModeNative", TRUE, 0),
+                step("checkTpPressureCalibPositionNative", QUANTITY, 1, 540, 1200),
+                step("setTpPressureCalibrationNative", TRUE, 0, 1),
+                step("setApPressureCalibExternNative", QUANTITY, 1, 10, rawPressure),
+                step("getTpPressureStatusNative", QUANTITY),
+                step("setTpPressureVerificationNative", TRUE, 0, 1),
+                step("getTpPressureVerifyResultNative", QUANTITY, 1),
+                step("controlTpPressureCalibModeNative", TRUE, 1),
+                // Capacitance, touch keys, touch features, crown.
+                step("getCapacitanceTestResultNative", CODE).field("sTpCapacitanceFailInfo"),
+                step("getCapacitanceCalibrateResultNative", text("Capacitance Calibrate Failed"), 0)
+                        .failsWith("Capacitance Calibrate Failed"),
+                step("getTouchKeySupportFlagNative", QUANTITY),
+                step("getTouchKeyCapacitanceTestResultNative", CODE).field("sTouchKeyCapacitanceFailInfo"),
+                step("setTouchScreenFeatureConfigNative", CODE, 1, "glove=1"),
+                step("getRotaryCrownSelfTestNative", text("error")),
+                // Sensors: calibrate, then self-test, each after its delay.
+                step("getSensorCalibrateTypeNative", text(), 1),
+                step("getSensorCalibrateDelayTimeNative", QUANTITY, 1),
+                step("startSensorCalibrateNative", CODE, 1, 1),
+                step("getSensorCalibrateResultNative", CODE, 1),
+                step("getSensorSelfTestDelayTimeNative", QUANTITY, 1),
+                step("startSensorSelfTestNative", CODE, 1, 1),
+                step("getSensorSelfTestResultNative", CODE, 1),
+                step("getCompassRawValueLimitNative", QUANTITY),
+                step("setProximitySensorExternalIrModeNative", CODE, 1),
+                // Parameter commands and flicker on the ambient-light sensor, switched on for them.
+                step("sensorActivateNative", TRUE, 5, true, 200),
+                step("handleSensorParameterNative", text(), 5, 1, 0, 64),
+                step("handleAmbientLightParameterNative", values(64), 5, 2, 0, 64),
+                step("getFlickerFrequencyNative", QUANTITY, 0),
+                step("sensorActivateNative", TRUE, 5, false, 0),
+                // Display refresh rate and brightness.
+                step("getScreenFpsConfigNative", text(FPS_FAILED)).failsWith(FPS_FAILED),
+                step("setScreenFpsNative", TRUE, 1),
+                step("setLightBrightnessNative", CODE, 0, 255),
+                // Signature, memory card, high temperature; then the service may let go.
+                step("getVerifySignatureResultNative", CODE, (Object) new byte[] {0x00, 0x7f, (byte) 0xa5, (byte) 0xff})
+                        .calls(),
+                step("setMockCardTestModeNative", CODE, "1"),
+                step("getMockCardTestResultNative", text()),
+                step("executeHighTemperInterceptCmdNative", CODE, "charge", "temp=45"),
+                step("setMmiResultNative", CODE, 1, 1),
+                step("releaseFactoryHidlResourceNative", CODE));
+    }
+
+    /** A step of the sequence that shows whether one service's handle is held. */
+    static final class Probe {
+        final String service;
+        final Step step;
+
+        Probe(String service, Step step) {
+            this.service = service;
+            this.step = step;
+        }
+    }
+
+    /** One probe per service for the service-death drill, two for power, which the drill kills. */
+    static List<Probe> probes() {
+        String[][] table = {
+            {"power", "getPowerStateNative"},
+            {"power", "checkUsbSpeedNative"},
+            {"factory", "getBsnNative"},
+            {"display", "getScreenFpsConfigNative"},
+            {"touchscreen", "getTpPressureStatusNative"},
+            {"sensors", "getSensorCalibrateDelayTimeNative"},
+            {"light", "setLightBrightnessNative"},
+            {"otherdevices", "getTouchKeySupportFlagNative"},
+        };
+        List<Step> steps = steps();
+        List<Probe> probes = new ArrayList<>();
+        for (String[] row : table) {
+            Step step = steps.stream().filter(s -> s.method.equals(row[1])).findFirst()
+                    .orElseThrow(() -> new IllegalStateException("no step calls " + row[1]));
+            probes.add(new Probe(row[0], step));
+        }
+        return probes;
+    }
+}

@@ -1,0 +1,111 @@
+package com.tavrin.mmitest.console;
+
+import com.tavrin.mmitest.controller.MmiNativeManager;
+
+import java.lang.reflect.InvocationTargetException;
+import java.lang.reflect.Method;
+import java.lang.reflect.Modifier;
+import java.lang.reflect.Parameter;
+import java.util.ArrayList;
+import java.util.Comparator;
+import java.util.List;
+import java.util.StringJoiner;
+
+/**
+ * The native methods of MmiNativeManager, reached by name. Looking them up does not initialise
+ * the class, so nothing here loads the library until {@link #load()} is called: the simulated
+ * device must be running by then.
+ */
+final class Natives {
+    private Natives() {}
+
+    static List<Method> all() {
+        List<Method> methods = new ArrayList<>();
+        for (Method m : MmiNativeManager.class.getDeclaredMethods()) {
+            if (Modifier.isNative(m.getModifiers())) {
+                methods.add(m);
+            }
+        }
+        methods.sort(Comparator.comparing(Method::getName));
+        return methods;
+    }
+
+    static Method find(String name) {
+        for (Method m : all()) {
+            if (m.getName().equals(name)) {
+                return m;
+            }
+        }
+        throw new IllegalArgumentException("no native method " + name + " (./mmi help lists them)");
+    }
+
+    /** Parses one command-line text per parameter of m. */
+    static Object[] arguments(Method m, List<String> texts) {
+        Parameter[] params = m.getParameters();
+        if (texts.size() != params.length) {
+            throw new IllegalArgumentException(m.getName() + " takes " + params.length + " argument"
+                    + (params.length == 1 ? "" : "s") + ", got " + texts.size() + ": " + signature(m));
+        }
+        Object[] args = new Object[params.length];
+        for (int i = 0; i < params.length; i++) {
+            try {
+                args[i] = Values.parse(params[i].getType(), texts.get(i));
+            } catch (IllegalArgumentException e) {
+                throw new IllegalArgumentException("argument " + (i + 1) + " (" + describe(params[i]) + ") of "
+                        + m.getName() + ": " + e.getMessage());
+            }
+        }
+        return args;
+    }
+
+    static String signature(Method m) {
+        StringJoiner params = new StringJoiner(", ", m.getName() + "(", ")");
+        for (Parameter p : m.getParameters()) {
+            params.add(describe(p));
+        }
+        return params + " -> " + m.getReturnType().getSimpleName();
+    }
+
+    private static String describe(Parameter p) {
+        String type = p.getType().getSimpleName();
+        return p.isNamePresent() ? type + " " + p.getName() : type;
+    }
+
+    /** Loads and binds the library; the message says why when it cannot. */
+    static void load() {
+        try {
+            Class.forName(MmiNativeManager.class.getName(), true, Natives.class.getClassLoader());
+        } catch (ClassNotFoundException e) {
+            throw new IllegalStateException(e);
+        } catch (ExceptionInInitializerError | UnsatisfiedLinkError e) {
+            Throwable cause = e.getCause() != null ? e.getCause() : e;
+            throw new IllegalStateException("cannot load libKxMMI_jni: " + cause.getMessage());
+        }
+    }
+
+    /** Calls m; what the method itself throws is rethrown as it is. */
+    static Object invoke(Method m, Object[] args) throws Throwable {
+        try {
+            return m.invoke(null, args);
+        } catch (InvocationTargetException e) {
+            throw e.getCause();
+        }
+    }
+
+    /** What m answers when it cannot reach its service, when it has no text of its own for that. */
+    static Object failureValue(Class<?> type) {
+        if (type == int.class) {
+            return -1;
+        }
+        if (type == long.class) {
+            return -1L;
+        }
+        if (type == boolean.class) {
+            return false;
+        }
+        if (type == String.class) {
+            return "";
+        }
+        return null;
+    }
+}
