@@ -504,10 +504,15 @@ TEST_F(SimDeviceTest, ResetBringsBackTheHealthyDevice) {
 }
 
 // Callers on several threads while the service dies and comes back and its answer changes: each
-// call either reaches the service and gets one of its answers, or fails as a dead call and is not
-// recorded.
+// call either reaches the service, gets one of its answers and is recorded once, or fails as a
+// dead call and is not recorded.
 TEST_F(SimDeviceTest, ConcurrentCallsSurviveKillsRevivesAndReprogramming) {
     device_->Start();
+    // The transport frees a dead node with the last proxy that refers to it. libutils' reference
+    // counts are invisible to TSan, so a node freed by one caller after another caller's proxy
+    // let go of it reads as a race; keep every node until the callers are joined.
+    std::vector<sp<transport::ServiceNode>> nodes{
+        transport::getServiceNode(Sensors10::descriptor, "default")};
     constexpr int kThreads = 4;
     constexpr int kCallsPerThread = 300;
     std::atomic<int> served{0};
@@ -527,21 +532,25 @@ TEST_F(SimDeviceTest, ConcurrentCallsSurviveKillsRevivesAndReprogramming) {
             }
         });
     }
+    size_t recorded = 0;
     std::thread chaos([&] {
         for (int i = 0; !done; ++i) {
             device_->Kill(Service::kSensors);
             device_->Revive(Service::kSensors);
+            nodes.push_back(transport::getServiceNode(Sensors10::descriptor, "default"));
             std::string error;
             device_->Program(Service::kSensors, "getSensorCalibrateDelayTime",
                              i % 2 == 0 ? "42" : "3000", &error);
-            device_->TakeCalls();
+            recorded += device_->TakeCalls().size();
         }
     });
     for (std::thread& t : callers) t.join();
     done = true;
     chaos.join();
+    recorded += device_->TakeCalls().size();
     EXPECT_FALSE(wrong);
     EXPECT_GT(served, 0);
+    EXPECT_EQ(recorded, static_cast<size_t>(served));
 }
 
 TEST(LogCapture, KeepsEveryPriorityInOrderAndClearsOnTake) {
