@@ -33,6 +33,15 @@ std::optional<bool> DispatchByType(const char* function, jint type, Call0 call0,
     return ValueOf(type == 1 ? call1(*tp) : call0(*tp), function);
 }
 
+// A calibration or verification step at index, by the procedure that type selects.
+template <typename Call0, typename Call1>
+jboolean StepByType(const char* function, jint type, jint index, Call0 call0, Call1 call1) {
+    std::optional<bool> success = DispatchByType(function, type, call0, call1);
+    if (!success) return JNI_FALSE;
+    KXLOGD("%s: %s, type: %d, index: %d, isOperationSuccess: %d", function, type, index, *success);
+    return static_cast<jboolean>(*success);
+}
+
 }  // namespace
 
 jint SetApPressureCalibrationExtern(JNIEnv* env, jobject /*object*/, jint sensorId, jint testCtrl,
@@ -112,25 +121,17 @@ jboolean ControlTpPressureCalibMode(JNIEnv* /*env*/, jobject /*object*/, jint ty
 }
 
 jboolean SetTpPressureCalibration(JNIEnv* /*env*/, jobject /*object*/, jint type, jint index) {
-    std::optional<bool> success = DispatchByType(
-        "SetTpPressureCalibration", type,
+    return StepByType(
+        "SetTpPressureCalibration", type, index,
         [index](ITouchscreen& tp) { return tp.setTpPressureCalibration0(index); },
         [index](ITouchscreen& tp) { return tp.setTpPressureCalibration1(index); });
-    if (!success) return JNI_FALSE;
-    KXLOGD("%s: SetTpPressureCalibration, type: %d, index: %d, isOperationSuccess: %d", type, index,
-           *success);
-    return static_cast<jboolean>(*success);
 }
 
 jboolean SetTpPressureVerification(JNIEnv* /*env*/, jobject /*object*/, jint type, jint index) {
-    std::optional<bool> success = DispatchByType(
-        "SetTpPressureVerification", type,
+    return StepByType(
+        "SetTpPressureVerification", type, index,
         [index](ITouchscreen& tp) { return tp.setTpPressureVerification0(index); },
         [index](ITouchscreen& tp) { return tp.setTpPressureVerification1(index); });
-    if (!success) return JNI_FALSE;
-    KXLOGD("%s: SetTpPressureVerification, type: %d, index: %d, isOperationSuccess: %d", type,
-           index, *success);
-    return static_cast<jboolean>(*success);
 }
 
 jlong GetTpPressureWaitingTime(JNIEnv* /*env*/, jobject /*object*/) {

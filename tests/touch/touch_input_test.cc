@@ -8,11 +8,7 @@
 namespace touchtest {
 namespace {
 
-using kxtest::CallInt;
 using kxtest::CallString;
-using kxtest::TakeLogs;
-using Lines = std::vector<LogLine>;
-using Texts = std::vector<std::string>;
 
 using TouchInput = TouchTest;
 

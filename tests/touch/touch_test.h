@@ -12,7 +12,11 @@
 
 namespace touchtest {
 
+using kxtest::CallInt;
 using kxtest::LogLine;
+using kxtest::TakeLogs;
+using Lines = std::vector<LogLine>;
+using Texts = std::vector<std::string>;
 using simdevice::Service;
 
 constexpr int D = 3;

@@ -11,10 +11,6 @@ namespace touchtest {
 namespace {
 
 using kxtest::CallBool;
-using kxtest::CallInt;
-using kxtest::TakeLogs;
-using Lines = std::vector<LogLine>;
-using Texts = std::vector<std::string>;
 
 bool Supported() { return CallBool("isTpPressureSupportNative", "()Z"); }
 const std::string kAsked = "touchscreen.isTpPressureSupported()@17";
