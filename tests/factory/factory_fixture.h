@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,16 @@ constexpr int E = 6;
 
 inline LogLine Debug(const std::string& text) { return {D, "KxMMITest_jni: " + text}; }
 inline LogLine Error(const std::string& text) { return {E, "KxMMITest_jni: " + text}; }
+
+// A native call whose Java result is shown as text, so that tables can mix result types.
+template <typename... A>
+std::function<std::string()> Int(const char* method, const char* signature, A... args) {
+    return [=] { return std::to_string(kxtest::CallInt(method, signature, args...)); };
+}
+template <typename... A>
+std::function<std::string()> Str(const char* method, const char* signature, A... args) {
+    return [=] { return kxtest::CallString(method, signature, args...).value_or("<null>"); };
+}
 
 class FactoryTest : public testing::Test {
   protected:

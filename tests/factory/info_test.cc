@@ -1,7 +1,5 @@
 // Manufacturing data and the commands that share their shapes: arguments in order, answers mapped
 // to Java values, and the lines written.
-#include <functional>
-
 #include "factory_fixture.h"
 
 namespace factorytest {
@@ -10,15 +8,6 @@ namespace {
 using kxtest::JStr;
 
 constexpr const char* kStr = "()Ljava/lang/String;";
-
-template <typename... A>
-std::function<std::string()> Int(const char* method, const char* signature, A... args) {
-    return [=] { return std::to_string(kxtest::CallInt(method, signature, args...)); };
-}
-template <typename... A>
-std::function<std::string()> Str(const char* method, const char* signature, A... args) {
-    return [=] { return kxtest::CallString(method, signature, args...).value_or("<null>"); };
-}
 
 using Info = FactoryTest;
 

@@ -1,7 +1,5 @@
 // All eighteen factory methods against a healthy device, a service that fails mid-call, a service
 // that offers only version 1.0, and no service at all.
-#include <functional>
-
 #include "factory_fixture.h"
 
 namespace factorytest {
@@ -18,15 +16,6 @@ struct Method {
     std::string failure;
     std::vector<LogLine> castLines;  // with the service at 1.0 only; empty for 1.0 methods
 };
-
-template <typename... A>
-std::function<std::string()> Int(const char* method, const char* signature, A... args) {
-    return [=] { return std::to_string(kxtest::CallInt(method, signature, args...)); };
-}
-template <typename... A>
-std::function<std::string()> Str(const char* method, const char* signature, A... args) {
-    return [=] { return kxtest::CallString(method, signature, args...).value_or("<null>"); };
-}
 
 std::vector<Method> Methods() {
     const char* kStr = "()Ljava/lang/String;";
