@@ -12,134 +12,78 @@ constexpr const char* kStr = "()Ljava/lang/String;";
 using Info = FactoryTest;
 
 TEST_F(Info, ValueAnswersPassThroughWithArgumentsInOrder) {
-    struct Case {
+    const struct {
         std::function<std::string()> call;
-        const char* operation;
         const char* answer;
         std::string result;
-        std::string callText;
-        std::vector<LogLine> lines;
+        std::string callText;  // also names the operation to program
+        LogLine line;
     } cases[] = {
-        {[] { return std::string(kxtest::CallBool("isFactoryVersionNative", "()Z") ? "1" : "0"); },
-         "isFactoryVersion",
-         "false",
-         "0",
-         "factory.isFactoryVersion()",
-         {Debug("IsFactoryVersion: 0")}},
-        {[] { return std::string(kxtest::CallBool("isFactoryVersionNative", "()Z") ? "1" : "0"); },
-         "isFactoryVersion",
-         "true",
-         "1",
-         "factory.isFactoryVersion()",
-         {Debug("IsFactoryVersion: 1")}},
-        {Int("releaseFactoryHidlResourceNative", "()I"),
-         "releaseFactoryHidlResource",
-         "-3",
-         "-3",
-         "factory.releaseFactoryHidlResource()",
-         {Debug("ReleaseFactoryHidlResource, result: -3")}},
-        {Int("setMmiResultNative", "(II)I", 3, -4),
-         "setMmiTestResult",
-         "11",
-         "11",
-         "factory.setMmiTestResult(3, -4)",
-         {Debug("SetMmiTestResult ret = 11")}},
-        {Int("getMmiDeviceFeaturesCheckResultNative", "(I)I", 9),
-         "getMmiDeviceFeaturesCheckResult",
-         "-2",
-         "-2",
+        {Bool("isFactoryVersionNative", "()Z"), "false", "0", "factory.isFactoryVersion()",
+         Debug("IsFactoryVersion: 0")},
+        {Int("releaseFactoryHidlResourceNative", "()I"), "-3", "-3",
+         "factory.releaseFactoryHidlResource()", Debug("ReleaseFactoryHidlResource, result: -3")},
+        {Int("setMmiResultNative", "(II)I", 3, -4), "11", "11", "factory.setMmiTestResult(3, -4)",
+         Debug("SetMmiTestResult ret = 11")},
+        {Int("getMmiDeviceFeaturesCheckResultNative", "(I)I", 9), "-2", "-2",
          "factory.getMmiDeviceFeaturesCheckResult(9)",
-         {Debug("GetMmiDeviceFeaturesCheckResult, result: -2")}},
-        {Int("disableMmiAutoStartNative", "(Ljava/lang/String;)I", JStr("off")),
-         "setFactoryInfo",
-         "4",
-         "4",
-         "factory.setFactoryInfo(5, \"off\")",
-         {Debug("SetMMIAutoStartFlag, result: 4")}},
-        {Int("getManufactureModeNative", "()I"),
-         "getManufactureMode",
-         "2",
-         "2",
-         "factory.getManufactureMode()",
-         {Debug("GetManufactureMode, result: 2")}},
-        {Int("setMockCardTestModeNative", "(Ljava/lang/String;)I", JStr("sd-fast")),
-         "setFactoryInfo",
-         "6",
-         "6",
-         "factory.setFactoryInfo(14, \"sd-fast\")",
-         {Debug("SetZqCardTestMode, ret: 6")}},
+         Debug("GetMmiDeviceFeaturesCheckResult, result: -2")},
+        {Int("disableMmiAutoStartNative", "(Ljava/lang/String;)I", JStr("off")), "4", "4",
+         "factory.setFactoryInfo(5, \"off\")", Debug("SetMMIAutoStartFlag, result: 4")},
+        {Int("getManufactureModeNative", "()I"), "2", "2", "factory.getManufactureMode()",
+         Debug("GetManufactureMode, result: 2")},
+        {Int("setMockCardTestModeNative", "(Ljava/lang/String;)I", JStr("sd-fast")), "6", "6",
+         "factory.setFactoryInfo(14, \"sd-fast\")", Debug("SetZqCardTestMode, ret: 6")},
         // The result info is only logged, and at error priority even on success.
         {Int("executeHighTemperInterceptCmdNative", "(Ljava/lang/String;Ljava/lang/String;)I",
              JStr("scene"), JStr("params")),
-         "executeHighTemperInterceptCmd",
-         "0,\"cooled\"",
-         "0",
-         "factory.executeHighTemperInterceptCmd(\"scene\", \"params\")",
-         {Error("ExecuteHighTemperInterceptCmd, resultCode: 0, resultInfo: cooled, testScene: "
-                "scene, parameters: params")}},
+         "0,\"cooled\"", "0", "factory.executeHighTemperInterceptCmd(\"scene\", \"params\")",
+         Error("ExecuteHighTemperInterceptCmd, resultCode: 0, resultInfo: cooled, testScene: "
+               "scene, parameters: params")},
         {Int("executeHighTemperInterceptCmdNative", "(Ljava/lang/String;Ljava/lang/String;)I",
              JStr("scene"), JStr("params")),
-         "executeHighTemperInterceptCmd",
-         "nocallback",
-         "-1",
-         "factory.executeHighTemperInterceptCmd(\"scene\", \"params\")",
-         {Error("ExecuteHighTemperInterceptCmd, resultCode: -1, resultInfo: , testScene: scene, "
-                "parameters: params")}},
+         "nocallback", "-1", "factory.executeHighTemperInterceptCmd(\"scene\", \"params\")",
+         Error("ExecuteHighTemperInterceptCmd, resultCode: -1, resultInfo: , testScene: scene, "
+               "parameters: params")},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.callText + " answering " + c.answer);
-        Answer(c.operation, c.answer);
+        Answer(OperationOf(c.callText).c_str(), c.answer);
         EXPECT_EQ(c.call(), c.result);
-        EXPECT_EQ(kxtest::TakeLogs(), c.lines);
+        EXPECT_EQ(kxtest::TakeLogs(), std::vector{c.line});
         EXPECT_EQ(Calls(), std::vector<std::string>{c.callText});
     }
 }
 
+// "{C}" and "{T}" in a line stand for the service's code and text.
+std::string Fill(std::string line, const std::string& code, const std::string& text) {
+    if (size_t c = line.find("{C}"); c != std::string::npos) line.replace(c, 3, code);
+    if (size_t t = line.find("{T}"); t != std::string::npos) line.replace(t, 3, text);
+    return line;
+}
+
 TEST_F(Info, CallbackTextsAreMappedPerMethod) {
-    using Expect = std::function<std::pair<std::string, std::vector<LogLine>>(
-        const std::string& code, const std::string& text)>;
     struct Method {
         std::function<std::string()> call;
-        const char* operation;
-        std::string callText;
-        Expect expect;  // the Java result and the lines for the service's code and text
+        std::string callText;  // also names the operation to program
+        const char* line;      // debug line after every call, if any
+        const char* failLine;  // error line on a non-zero code, if any
+        const char* failText;  // the Java result on a non-zero code; null: the service's text
     } methods[] = {
-        {Str("getManufactureFileNameNative", kStr), "getManufactureFileName",
-         "factory.getManufactureFileName()",
-         [](auto& code, auto& text) {
-             return std::make_pair(text, std::vector{Debug("GetManufactureFileName, ret: " + code +
-                                                           ", fileName: " + text)});
-         }},
-        {Str("getBsnNative", kStr), "getFactoryInfo", "factory.getFactoryInfo(0)",
-         [](auto& code, auto& text) {
-             return std::make_pair(text, std::vector{Debug("GetBsn, ret: " + code)});
-         }},
-        {Str("getMmiAutoStartFlagNative", kStr), "getFactoryInfo", "factory.getFactoryInfo(5)",
-         [](auto& code, auto& text) {
-             std::vector lines{Debug("GetMmiAutoStartFlag, ret: " + code + ", flag: " + text)};
-             if (code != "0") lines.push_back(Error("getMMIAutoStart failed"));
-             return std::make_pair(code == "0" ? text : "Error", lines);
-         }},
+        {Str("getManufactureFileNameNative", kStr), "factory.getManufactureFileName()",
+         "GetManufactureFileName, ret: {C}, fileName: {T}", nullptr, nullptr},
+        {Str("getBsnNative", kStr), "factory.getFactoryInfo(0)", "GetBsn, ret: {C}", nullptr,
+         nullptr},
+        {Str("getMmiAutoStartFlagNative", kStr), "factory.getFactoryInfo(5)",
+         "GetMmiAutoStartFlag, ret: {C}, flag: {T}", "getMMIAutoStart failed", "Error"},
         {Str("getManufactureStationFlagNative", "(I)Ljava/lang/String;", 12),
-         "getManufactureStationFlag", "factory.getManufactureStationFlag(12)",
-         [](auto& code, auto& text) {
-             return std::make_pair(
-                 text, std::vector{Debug("GetManufactureStationFlag, station id: 12, result: " +
-                                         code + ", stationFlag: " + text)});
-         }},
-        {Str("getOeminfoNative", "(III)Ljava/lang/String;", 1, 2, 3), "readOeminfo",
-         "factory.readOeminfo(1, 2, 3)",
-         [](auto& code, auto& text) {
-             if (code == "0") return std::make_pair(text, std::vector<LogLine>{});
-             return std::make_pair(
-                 std::string(),
-                 std::vector{Error("GetOeminfo fail, read failed result: " + code + " ")});
-         }},
-        {Str("getMockCardTestResultNative", kStr), "getFactoryInfo", "factory.getFactoryInfo(14)",
-         [](auto& code, auto& text) {
-             return std::make_pair(text, std::vector{Debug("GetZqCardTestResult, ret: " + code +
-                                                           ", testResultArray = " + text)});
-         }},
+         "factory.getManufactureStationFlag(12)",
+         "GetManufactureStationFlag, station id: 12, result: {C}, stationFlag: {T}", nullptr,
+         nullptr},
+        {Str("getOeminfoNative", "(III)Ljava/lang/String;", 1, 2, 3),
+         "factory.readOeminfo(1, 2, 3)", nullptr, "GetOeminfo fail, read failed result: {C} ", ""},
+        {Str("getMockCardTestResultNative", kStr), "factory.getFactoryInfo(14)",
+         "GetZqCardTestResult, ret: {C}, testResultArray = {T}", nullptr, nullptr},
     };
     const struct {
         const char* answer;
@@ -150,9 +94,12 @@ TEST_F(Info, CallbackTextsAreMappedPerMethod) {
     for (const Method& m : methods) {
         for (const auto& a : answers) {
             SCOPED_TRACE(m.callText + " answering " + a.answer);
-            Answer(m.operation, a.answer);
-            auto [result, lines] = m.expect(a.code, a.text);
-            EXPECT_EQ(m.call(), result);
+            Answer(OperationOf(m.callText).c_str(), a.answer);
+            bool failed = a.code != "0";
+            std::vector<LogLine> lines;
+            if (m.line) lines.push_back(Debug(Fill(m.line, a.code, a.text)));
+            if (failed && m.failLine) lines.push_back(Error(Fill(m.failLine, a.code, a.text)));
+            EXPECT_EQ(m.call(), failed && m.failText ? m.failText : a.text);
             EXPECT_EQ(kxtest::TakeLogs(), lines);
             EXPECT_EQ(Calls(), std::vector<std::string>{m.callText});
         }
