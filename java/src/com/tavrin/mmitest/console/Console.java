@@ -75,6 +75,10 @@ public final class Console {
     }
 
     static int call(List<String> args, PrintStream out, PrintStream err) {
+        if (args.isEmpty() || args.get(0).equals("--help") || args.get(0).equals("-h")) {
+            usage(out);
+            return OK;
+        }
         CallRequest request;
         try {
             request = CallRequest.parse(args);

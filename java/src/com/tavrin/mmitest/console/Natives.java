@@ -36,7 +36,7 @@ final class Natives {
                 return m;
             }
         }
-        throw new IllegalArgumentException("no native method " + name + " (./mmi help lists them)");
+        throw new IllegalArgumentException("no native method " + name + " (./mmi call --help lists them)");
     }
 
     /** Parses one command-line text per parameter of m. */

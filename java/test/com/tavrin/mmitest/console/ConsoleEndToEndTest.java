@@ -121,9 +121,9 @@ public final class ConsoleEndToEndTest {
 
         r = console("frobnicate");
         Check.eq(2, r.code, "unknown command: exit code");
-        r = console();
+        r = console("call");
         Check.that(r.code == 0 && r.out.contains("getPowerStateNative(String query) -> String"),
-                "usage lists the methods");
+                "call without a method lists the methods");
     }
 
     private static void run() {
