@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "device_test.h"
 #include "jvm_harness.h"
 
 namespace factorytest {
@@ -39,26 +40,10 @@ std::function<std::string()> Str(const char* method, const char* signature, A...
     return [=] { return kxtest::CallString(method, signature, args...).value_or("<null>"); };
 }
 
-class FactoryTest : public testing::Test {
+class FactoryTest : public kxtest::DeviceTest {
   protected:
-    void SetUp() override {
-        kxtest::Manager();
-        kxtest::Device().Reset();
-        kxtest::WaitIdle();
-        kxtest::TakeLogs();
-        kxtest::Device().TakeCalls();
-    }
     static void Answer(const char* operation, const std::string& answer) {
-        std::string error;
-        ASSERT_TRUE(
-            kxtest::Device().Program(simdevice::Service::kFactory, operation, answer, &error))
-            << error;
-    }
-    // The calls that reached the services since the last take, as "service.operation(args)".
-    static std::vector<std::string> Calls() {
-        std::vector<std::string> texts;
-        for (const simdevice::Call& c : kxtest::Device().TakeCalls()) texts.push_back(c.Text());
-        return texts;
+        DeviceTest::Answer(simdevice::Service::kFactory, operation, answer);
     }
 };
 

@@ -1,6 +1,7 @@
 // Power state and USB speed through the power service.
 #include <gtest/gtest.h>
 
+#include "device_test.h"
 #include "jvm_harness.h"
 
 namespace {
@@ -9,29 +10,16 @@ using kxtest::JStr;
 using kxtest::LogLine;
 using simdevice::Service;
 
-constexpr int D = 3;
-constexpr int E = 6;
+using kxtest::D;
+using kxtest::E;
 constexpr const char* kGetState = "(Ljava/lang/String;)Ljava/lang/String;";
 constexpr const char* kSetState = "(Ljava/lang/String;Ljava/lang/String;)I";
 constexpr const char* kUsb = "(Ljava/lang/String;)I";
 
-class Power : public testing::Test {
+class Power : public kxtest::DeviceTest {
   protected:
-    void SetUp() override {
-        kxtest::Manager();
-        kxtest::Device().Reset();
-        kxtest::WaitIdle();
-        kxtest::TakeLogs();
-        kxtest::Device().TakeCalls();
-    }
-    void Answer(const char* operation, const char* answer) {
-        std::string error;
-        ASSERT_TRUE(kxtest::Device().Program(Service::kPower, operation, answer, &error)) << error;
-    }
-    std::vector<std::string> Calls() {
-        std::vector<std::string> texts;
-        for (const simdevice::Call& c : kxtest::Device().TakeCalls()) texts.push_back(c.Text());
-        return texts;
+    static void Answer(const char* operation, const char* answer) {
+        DeviceTest::Answer(Service::kPower, operation, std::string(answer));
     }
 };
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "device_test.h"
 #include "jvm_harness.h"
 
 namespace touchtest {
@@ -19,44 +20,22 @@ using Lines = std::vector<LogLine>;
 using Texts = std::vector<std::string>;
 using simdevice::Service;
 
-constexpr int D = 3;
-constexpr int I = 4;
-constexpr int E = 6;
+using kxtest::Connect;
+using kxtest::D;
+using kxtest::E;
+using kxtest::I;
+using kxtest::Line;
+using kxtest::Release;
 
-inline LogLine Line(int priority, const std::string& text) {
-    return LogLine{priority, "KxMMITest_jni: " + text};
-}
-
-// The registry routines, called directly as the event holder would.
-inline void Connect() {
-    reinterpret_cast<void (*)()>(kxtest::LibrarySymbol("_Z20InitMmiNativeManagerv"))();
-}
-inline void Release() {
-    reinterpret_cast<void (*)()>(kxtest::LibrarySymbol("_Z20ExitMmiNativeManagerv"))();
-}
-
-class TouchTest : public testing::Test {
+class TouchTest : public kxtest::DeviceTest {
   protected:
     void SetUp() override {
-        kxtest::Manager();
-        kxtest::Device().Reset();
-        kxtest::WaitIdle();
-        Connect();
+        DeviceTest::SetUp();
+        Connect();  // a fresh connect clears the pressure-support cache
         kxtest::TakeLogs();
         kxtest::Device().TakeCalls();
     }
-    static void Answer(Service service, const char* operation, const std::string& answer) {
-        std::string error;
-        ASSERT_TRUE(kxtest::Device().Program(service, operation, answer, &error)) << error;
-    }
-    // "service.operation(args)@position" of every call since the last look.
-    static std::vector<std::string> Calls() {
-        std::vector<std::string> texts;
-        for (const simdevice::Call& c : kxtest::Device().TakeCalls()) {
-            texts.push_back(c.Text() + "@" + std::to_string(c.position));
-        }
-        return texts;
-    }
+    static std::vector<std::string> Calls() { return DeviceTest::Calls(true); }
     // Empties every handle the way a service death does.
     static void Kill(Service service) {
         ASSERT_TRUE(kxtest::Device().Kill(service));
