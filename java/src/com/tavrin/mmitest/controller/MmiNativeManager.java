@@ -36,7 +36,7 @@ public final class MmiNativeManager {
     /** Result of the pressure verification at the given index; -1 without the touchscreen service. */
     public static native int getTpPressureVerifyResultNative(int index);
 
-    /** Enters (type 0) or leaves (type 1) pressure calibration mode; false on failure or another type. */
+    /** Switches pressure calibration mode with the touch panel's type 0 or type 1 control; false on failure or another type. */
     public static native boolean controlTpPressureCalibModeNative(int type);
 
     /** Runs pressure calibration step index with the type 0 or 1 procedure; false on failure or another type. */
