@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 #include <vendor/tavrin/hardware/kxfactoryinterface/1.0/types.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
@@ -318,6 +321,78 @@ TEST_F(BadInput, MillionCharacterStringReachesTheServiceWhole) {
     std::vector<simdevice::Call> calls = kxtest::Device().TakeCalls();
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_TRUE(calls[0].args.at(1) == Quoted(text)) << "the text differs";
+}
+
+struct Extremes {
+    const char* what;
+    int32_t code;  // of callback answers: 0 lets the methods use the rest of the answer
+    int32_t int32;
+    int64_t int64;
+    std::string text;
+    std::vector<int32_t> values;
+};
+
+// Programs every operation of every service with the profile's values, whatever they mean.
+void ProgramAll(const Extremes& x) {
+    for (Service service : simdevice::kAllServices) {
+        for (const simdevice::OperationInfo& op : simdevice::SimDevice::Operations(service)) {
+            std::vector<simdevice::Answer::Value> values;
+            for (const simdevice::Field& f : op.answers) {
+                if (op.callback && values.empty() && f.type != simdevice::Type::kBool) {
+                    values.emplace_back(std::in_place_type<int64_t>, x.code);
+                    continue;
+                }
+                switch (f.type) {
+                    case simdevice::Type::kInt64:
+                        values.emplace_back(std::in_place_type<int64_t>, x.int64);
+                        break;
+                    case simdevice::Type::kBool:
+                        values.emplace_back(std::in_place_type<bool>, x.int32 != 0);
+                        break;
+                    case simdevice::Type::kString:
+                        values.emplace_back(std::in_place_type<std::string>, x.text);
+                        break;
+                    case simdevice::Type::kInt32Vector:
+                        values.emplace_back(std::in_place_type<std::vector<int32_t>>, x.values);
+                        break;
+                    default:
+                        values.emplace_back(std::in_place_type<int64_t>, x.int32);
+                }
+            }
+            std::string error;
+            ASSERT_TRUE(kxtest::Device().Program(service, op.name,
+                                                 simdevice::Answer::Values(values), &error))
+                << op.name << ": " << error;
+        }
+    }
+}
+
+// The services may answer anything: boundary integers, texts that are huge, hold NULs or are not
+// UTF-8 at all, vectors of a million values or none. No call may break, and the few answers the
+// library shapes itself keep their shape.
+TEST_F(BadInput, ExtremeServiceAnswersNeverBreakACall) {
+    // A megabyte that is not UTF-8: a four-byte sequence, a cut-off one, then bytes never valid.
+    std::string huge(1 << 20, '\xff');
+    huge.replace(0, 5, "\xF0\x9F\x98\x80\xC0");
+    const std::vector<Extremes> profiles = {
+        {"largest", 0, INT32_MAX, INT64_MAX, huge, std::vector<int32_t>(1000000, INT32_MAX)},
+        {"smallest", INT32_MIN, INT32_MIN, INT64_MIN, std::string("\0", 1), {INT32_MIN}},
+        {"nothing", 0, 0, 0, "", {}},
+    };
+    for (const Extremes& x : profiles) {
+        SCOPED_TRACE(x.what);
+        HealthyDevice();
+        ProgramAll(x);
+        std::vector<std::string> answers = AnswersOfAll();  // fails the test on a Java exception
+        ASSERT_EQ(answers.size(), static_cast<size_t>(kMethods));
+        // The waiting time is reduced below 144000; the ambient-light answer always has 64 values.
+        EXPECT_LT(std::llabs(std::stoll(answers[7])), 144000);
+        EXPECT_EQ(std::count(answers[43].begin(), answers[43].end(), ','), 63) << answers[43];
+        const int flicker = std::stoi(answers[41]);
+        EXPECT_TRUE(flicker == -1 || (flicker >= 0 && flicker <= 486)) << flicker;
+        kxtest::TakeLogs();
+        kxtest::Device().TakeCalls();
+    }
 }
 
 }  // namespace
