@@ -3,7 +3,9 @@
 // Each answers its failure value (or the value its callback presets give), writes its lines, and
 // the next call works as before.
 #include <gtest/gtest.h>
+#include <hidl/HostTransport.h>
 
+#include <future>
 #include <optional>
 #include <string>
 #include <vector>
@@ -173,6 +175,37 @@ TEST_F(Faults, ServiceThatNeverCallsBackLeavesThePresets) {
         EXPECT_EQ(CallFresh(f, &lines, &operations), healthy) << "after the fault";
     }
     EXPECT_EQ(callbacks, 18);  // every native whose operation answers through a callback
+}
+
+// Every service dead while its death report still waits on the transport thread: the natives
+// still hold their handles and meet dead proxies. The display's natives cannot tell a dead service
+// from one without version 1.1 (the cast answers empty either way) and give that answer; the
+// others give their failure values.
+TEST_F(Faults, DeadServiceWhoseDeathIsNotYetReportedAnswersTheFailureValue) {
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    ::android::hardware::details::postToTransport([released] { released.wait(); });
+    for (Service s : simdevice::kAllServices) ASSERT_TRUE(kxtest::Device().Kill(s));
+    kxtest::TakeLogs();
+
+    for (const Fault& f : FaultTable()) {
+        SCOPED_TRACE(f.function);
+        std::string expected = f.index == 45 ? "\"0\"" : f.index == 46 ? "true" : f.transportError;
+        EXPECT_EQ(CallNative(f.index), expected);
+        std::vector<std::string> errors = LinesAt(kxtest::TakeLogs(), kError);
+        ASSERT_EQ(errors.size(), 1u);
+        EXPECT_NE(errors[0].find(f.function), std::string::npos) << errors[0];
+        EXPECT_TRUE(errors[0].find("transport error") != std::string::npos ||
+                    errors[0].find(" is null") != std::string::npos)
+            << errors[0];
+    }
+    EXPECT_TRUE(kxtest::Device().TakeCalls().empty());
+
+    release.set_value();
+    ReviveAll();
+    for (const Fault& f : FaultTable()) {
+        EXPECT_NE(CallNative(f.index), f.transportError) << f.function << " after the revival";
+    }
 }
 
 }  // namespace
