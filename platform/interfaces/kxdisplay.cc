@@ -4,6 +4,8 @@
 #include <vendor/tavrin/hardware/kxdisplay/1.0/IDisplay.h>
 #include <vendor/tavrin/hardware/kxdisplay/1.1/IDisplay.h>
 
+#include "interface_glue.h"
+
 namespace {
 
 using ::android::sp;
@@ -50,33 +52,9 @@ namespace V1_0 {
 
 const char* IDisplay::descriptor = "vendor.tavrin.hardware.kxdisplay@1.0::IDisplay";
 
-Return<void> IDisplay::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb({hidl_string(::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay::descriptor),
-              hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<IDisplay>> IDisplay::castFrom(
-    const sp<::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay>& parent, bool emitError) {
-    (void)emitError;
-    return parent;
-}
-
-sp<IDisplay> IDisplay::getService(const std::string& serviceName, bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<IDisplay, DisplayProxyV1_0<IDisplay>>(
-        serviceName);
-}
-
-::android::status_t IDisplay::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool IDisplay::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(IDisplay, DisplayProxyV1_0<IDisplay>,
+                    ::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay,
+                    ::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay::descriptor)
 
 }  // namespace V1_0
 }  // namespace kxdisplay
@@ -85,34 +63,10 @@ namespace V1_1 {
 
 const char* IDisplay::descriptor = "vendor.tavrin.hardware.kxdisplay@1.1::IDisplay";
 
-Return<void> IDisplay::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb({hidl_string(::vendor::tavrin::hardware::kxdisplay::V1_1::IDisplay::descriptor),
-              hidl_string(::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay::descriptor),
-              hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<IDisplay>> IDisplay::castFrom(
-    const sp<::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay>& parent, bool emitError) {
-    return ::android::hardware::details::castInterface<IDisplay, DisplayProxyV1_1<IDisplay>>(
-        parent, emitError);
-}
-
-sp<IDisplay> IDisplay::getService(const std::string& serviceName, bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<IDisplay, DisplayProxyV1_1<IDisplay>>(
-        serviceName);
-}
-
-::android::status_t IDisplay::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool IDisplay::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(IDisplay, DisplayProxyV1_1<IDisplay>,
+                    ::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay,
+                    ::vendor::tavrin::hardware::kxdisplay::V1_1::IDisplay::descriptor,
+                    ::vendor::tavrin::hardware::kxdisplay::V1_0::IDisplay::descriptor)
 
 }  // namespace V1_1
 }  // namespace kxdisplay

@@ -4,6 +4,8 @@
 #include <vendor/tavrin/hardware/kxfactoryinterface/1.0/IKxFactoryInterface.h>
 #include <vendor/tavrin/hardware/kxfactoryinterface/1.1/IKxFactoryInterface.h>
 
+#include "interface_glue.h"
+
 namespace {
 
 using ::android::sp;
@@ -165,37 +167,10 @@ namespace V1_0 {
 const char* IKxFactoryInterface::descriptor =
     "vendor.tavrin.hardware.kxfactoryinterface@1.0::IKxFactoryInterface";
 
-Return<void> IKxFactoryInterface::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb(
-        {hidl_string(
-             ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface::descriptor),
-         hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<IKxFactoryInterface>> IKxFactoryInterface::castFrom(
-    const sp<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface>& parent,
-    bool emitError) {
-    (void)emitError;
-    return parent;
-}
-
-sp<IKxFactoryInterface> IKxFactoryInterface::getService(const std::string& serviceName,
-                                                        bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<
-        IKxFactoryInterface, KxFactoryInterfaceProxyV1_0<IKxFactoryInterface>>(serviceName);
-}
-
-::android::status_t IKxFactoryInterface::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool IKxFactoryInterface::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(
+    IKxFactoryInterface, KxFactoryInterfaceProxyV1_0<IKxFactoryInterface>,
+    ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface,
+    ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface::descriptor)
 
 }  // namespace V1_0
 }  // namespace kxfactoryinterface
@@ -205,39 +180,11 @@ namespace V1_1 {
 const char* IKxFactoryInterface::descriptor =
     "vendor.tavrin.hardware.kxfactoryinterface@1.1::IKxFactoryInterface";
 
-Return<void> IKxFactoryInterface::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb(
-        {hidl_string(
-             ::vendor::tavrin::hardware::kxfactoryinterface::V1_1::IKxFactoryInterface::descriptor),
-         hidl_string(
-             ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface::descriptor),
-         hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<IKxFactoryInterface>> IKxFactoryInterface::castFrom(
-    const sp<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface>& parent,
-    bool emitError) {
-    return ::android::hardware::details::castInterface<
-        IKxFactoryInterface, KxFactoryInterfaceProxyV1_1<IKxFactoryInterface>>(parent, emitError);
-}
-
-sp<IKxFactoryInterface> IKxFactoryInterface::getService(const std::string& serviceName,
-                                                        bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<
-        IKxFactoryInterface, KxFactoryInterfaceProxyV1_1<IKxFactoryInterface>>(serviceName);
-}
-
-::android::status_t IKxFactoryInterface::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool IKxFactoryInterface::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(
+    IKxFactoryInterface, KxFactoryInterfaceProxyV1_1<IKxFactoryInterface>,
+    ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface,
+    ::vendor::tavrin::hardware::kxfactoryinterface::V1_1::IKxFactoryInterface::descriptor,
+    ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface::descriptor)
 
 }  // namespace V1_1
 }  // namespace kxfactoryinterface

@@ -3,6 +3,8 @@
 #include <hidl/HostTransport.h>
 #include <vendor/tavrin/hardware/light/2.0/ILight.h>
 
+#include "interface_glue.h"
+
 namespace {
 
 using ::android::sp;
@@ -33,33 +35,8 @@ namespace V2_0 {
 
 const char* ILight::descriptor = "vendor.tavrin.hardware.light@2.0::ILight";
 
-Return<void> ILight::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb({hidl_string(::vendor::tavrin::hardware::light::V2_0::ILight::descriptor),
-              hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<ILight>> ILight::castFrom(
-    const sp<::vendor::tavrin::hardware::light::V2_0::ILight>& parent, bool emitError) {
-    (void)emitError;
-    return parent;
-}
-
-sp<ILight> ILight::getService(const std::string& serviceName, bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<ILight, LightProxyV2_0<ILight>>(
-        serviceName);
-}
-
-::android::status_t ILight::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool ILight::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(ILight, LightProxyV2_0<ILight>, ::vendor::tavrin::hardware::light::V2_0::ILight,
+                    ::vendor::tavrin::hardware::light::V2_0::ILight::descriptor)
 
 }  // namespace V2_0
 }  // namespace light

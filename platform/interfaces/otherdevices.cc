@@ -3,6 +3,8 @@
 #include <hidl/HostTransport.h>
 #include <vendor/tavrin/hardware/otherdevices/1.0/IOtherdevices.h>
 
+#include "interface_glue.h"
+
 namespace {
 
 using ::android::sp;
@@ -45,36 +47,9 @@ namespace V1_0 {
 
 const char* IOtherdevices::descriptor = "vendor.tavrin.hardware.otherdevices@1.0::IOtherdevices";
 
-Return<void> IOtherdevices::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb(
-        {hidl_string(::vendor::tavrin::hardware::otherdevices::V1_0::IOtherdevices::descriptor),
-         hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<IOtherdevices>> IOtherdevices::castFrom(
-    const sp<::vendor::tavrin::hardware::otherdevices::V1_0::IOtherdevices>& parent,
-    bool emitError) {
-    (void)emitError;
-    return parent;
-}
-
-sp<IOtherdevices> IOtherdevices::getService(const std::string& serviceName, bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<IOtherdevices,
-                                                            OtherdevicesProxyV1_0<IOtherdevices>>(
-        serviceName);
-}
-
-::android::status_t IOtherdevices::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool IOtherdevices::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(IOtherdevices, OtherdevicesProxyV1_0<IOtherdevices>,
+                    ::vendor::tavrin::hardware::otherdevices::V1_0::IOtherdevices,
+                    ::vendor::tavrin::hardware::otherdevices::V1_0::IOtherdevices::descriptor)
 
 }  // namespace V1_0
 }  // namespace otherdevices

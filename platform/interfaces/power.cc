@@ -3,6 +3,8 @@
 #include <hidl/HostTransport.h>
 #include <vendor/tavrin/hardware/power/1.0/IKXPower.h>
 
+#include "interface_glue.h"
+
 namespace {
 
 using ::android::sp;
@@ -53,33 +55,9 @@ namespace V1_0 {
 
 const char* IKXPower::descriptor = "vendor.tavrin.hardware.power@1.0::IKXPower";
 
-Return<void> IKXPower::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb({hidl_string(::vendor::tavrin::hardware::power::V1_0::IKXPower::descriptor),
-              hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<IKXPower>> IKXPower::castFrom(
-    const sp<::vendor::tavrin::hardware::power::V1_0::IKXPower>& parent, bool emitError) {
-    (void)emitError;
-    return parent;
-}
-
-sp<IKXPower> IKXPower::getService(const std::string& serviceName, bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<IKXPower, KXPowerProxyV1_0<IKXPower>>(
-        serviceName);
-}
-
-::android::status_t IKXPower::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool IKXPower::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(IKXPower, KXPowerProxyV1_0<IKXPower>,
+                    ::vendor::tavrin::hardware::power::V1_0::IKXPower,
+                    ::vendor::tavrin::hardware::power::V1_0::IKXPower::descriptor)
 
 }  // namespace V1_0
 }  // namespace power

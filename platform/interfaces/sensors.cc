@@ -4,6 +4,8 @@
 #include <vendor/tavrin/hardware/sensors/1.0/ISensors.h>
 #include <vendor/tavrin/hardware/sensors/1.1/ISensors.h>
 
+#include "interface_glue.h"
+
 namespace {
 
 using ::android::sp;
@@ -144,33 +146,9 @@ namespace V1_0 {
 
 const char* ISensors::descriptor = "vendor.tavrin.hardware.sensors@1.0::ISensors";
 
-Return<void> ISensors::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb({hidl_string(::vendor::tavrin::hardware::sensors::V1_0::ISensors::descriptor),
-              hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<ISensors>> ISensors::castFrom(
-    const sp<::vendor::tavrin::hardware::sensors::V1_0::ISensors>& parent, bool emitError) {
-    (void)emitError;
-    return parent;
-}
-
-sp<ISensors> ISensors::getService(const std::string& serviceName, bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<ISensors, SensorsProxyV1_0<ISensors>>(
-        serviceName);
-}
-
-::android::status_t ISensors::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool ISensors::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(ISensors, SensorsProxyV1_0<ISensors>,
+                    ::vendor::tavrin::hardware::sensors::V1_0::ISensors,
+                    ::vendor::tavrin::hardware::sensors::V1_0::ISensors::descriptor)
 
 }  // namespace V1_0
 }  // namespace sensors
@@ -179,34 +157,10 @@ namespace V1_1 {
 
 const char* ISensors::descriptor = "vendor.tavrin.hardware.sensors@1.1::ISensors";
 
-Return<void> ISensors::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb({hidl_string(::vendor::tavrin::hardware::sensors::V1_1::ISensors::descriptor),
-              hidl_string(::vendor::tavrin::hardware::sensors::V1_0::ISensors::descriptor),
-              hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<ISensors>> ISensors::castFrom(
-    const sp<::vendor::tavrin::hardware::sensors::V1_0::ISensors>& parent, bool emitError) {
-    return ::android::hardware::details::castInterface<ISensors, SensorsProxyV1_1<ISensors>>(
-        parent, emitError);
-}
-
-sp<ISensors> ISensors::getService(const std::string& serviceName, bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<ISensors, SensorsProxyV1_1<ISensors>>(
-        serviceName);
-}
-
-::android::status_t ISensors::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool ISensors::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(ISensors, SensorsProxyV1_1<ISensors>,
+                    ::vendor::tavrin::hardware::sensors::V1_0::ISensors,
+                    ::vendor::tavrin::hardware::sensors::V1_1::ISensors::descriptor,
+                    ::vendor::tavrin::hardware::sensors::V1_0::ISensors::descriptor)
 
 }  // namespace V1_1
 }  // namespace sensors

@@ -3,6 +3,8 @@
 #include <hidl/HostTransport.h>
 #include <vendor/tavrin/hardware/tp/1.0/ITouchscreen.h>
 
+#include "interface_glue.h"
+
 namespace {
 
 using ::android::sp;
@@ -138,34 +140,9 @@ namespace V1_0 {
 
 const char* ITouchscreen::descriptor = "vendor.tavrin.hardware.tp@1.0::ITouchscreen";
 
-Return<void> ITouchscreen::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb({hidl_string(::vendor::tavrin::hardware::tp::V1_0::ITouchscreen::descriptor),
-              hidl_string(::android::hidl::base::V1_0::IBase::descriptor)});
-    return ::android::hardware::Void();
-}
-
-Return<sp<ITouchscreen>> ITouchscreen::castFrom(
-    const sp<::vendor::tavrin::hardware::tp::V1_0::ITouchscreen>& parent, bool emitError) {
-    (void)emitError;
-    return parent;
-}
-
-sp<ITouchscreen> ITouchscreen::getService(const std::string& serviceName, bool /*getStub*/) {
-    return ::android::hardware::details::getServiceInternal<ITouchscreen,
-                                                            TouchscreenProxyV1_0<ITouchscreen>>(
-        serviceName);
-}
-
-::android::status_t ITouchscreen::registerAsService(const std::string& serviceName) {
-    return ::android::hardware::details::registerAsServiceInternal(this, serviceName);
-}
-
-bool ITouchscreen::registerForNotifications(
-    const std::string& serviceName,
-    const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) {
-    return ::android::hardware::details::registerForNotificationsInternal(descriptor, serviceName,
-                                                                          notification);
-}
+HOST_INTERFACE_GLUE(ITouchscreen, TouchscreenProxyV1_0<ITouchscreen>,
+                    ::vendor::tavrin::hardware::tp::V1_0::ITouchscreen,
+                    ::vendor::tavrin::hardware::tp::V1_0::ITouchscreen::descriptor)
 
 }  // namespace V1_0
 }  // namespace tp
