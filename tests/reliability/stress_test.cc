@@ -189,6 +189,10 @@ jobjectArray ToJava(JNIEnv* env, const std::vector<std::string>& texts) {
 std::string Report(JNIEnv* env, const char* name) {
     jmethodID report = env->GetStaticMethodID(WorkloadClass(), name, "()Ljava/lang/String;");
     auto text = static_cast<jstring>(env->CallStaticObjectMethod(WorkloadClass(), report));
+    if (env->ExceptionCheck() || text == nullptr) {
+        env->ExceptionClear();
+        return std::string("<no ") + name + ">";
+    }
     const char* chars = env->GetStringUTFChars(text, nullptr);
     std::string result(chars);
     env->ReleaseStringUTFChars(text, chars);
