@@ -6,7 +6,6 @@
 // the JVM's -Xcheck:jni (which the harness turns on) reports a frame that outgrows its capacity.
 #include <gtest/gtest.h>
 #include <malloc.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cinttypes>
@@ -160,43 +159,6 @@ Args MakeArgs() {
                 value,
                 kxtest::NewModel("BigDataOperation")};
 }
-
-// Everything written to standard output (where the JVM prints its -Xcheck:jni warnings) while it
-// lives goes to a file instead, to be read back.
-class StdoutCapture {
-  public:
-    StdoutCapture() : mFile(std::tmpfile()) {
-        std::fflush(stdout);
-        mSaved = dup(STDOUT_FILENO);
-        dup2(fileno(mFile), STDOUT_FILENO);
-    }
-    ~StdoutCapture() {
-        std::fflush(stdout);
-        dup2(mSaved, STDOUT_FILENO);
-        close(mSaved);
-        std::fclose(mFile);
-    }
-    StdoutCapture(const StdoutCapture&) = delete;
-    StdoutCapture& operator=(const StdoutCapture&) = delete;
-
-    // What was written since the last call.
-    std::string Take() {
-        std::fflush(stdout);
-        std::string text;
-        char buffer[4096];
-        ssize_t n;
-        while ((n = pread(fileno(mFile), buffer, sizeof(buffer), mRead)) > 0) {
-            text.append(buffer, static_cast<size_t>(n));
-            mRead += n;
-        }
-        return text;
-    }
-
-  private:
-    std::FILE* mFile;
-    int mSaved;
-    off_t mRead = 0;
-};
 
 constexpr const char* kLocalRefWarning = "JNI local refs";
 

@@ -10,6 +10,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <random>
 #include <set>
 #include <thread>
@@ -220,6 +221,7 @@ TEST(Stress, EveryAnswerIsProgrammedOrFailureWhileServicesDieAndReturn) {
     const int seconds = Seconds();
     const auto seed = static_cast<uint32_t>(std::random_device{}());
     Churn churn(seed);
+    auto jvmOutput = std::make_unique<StdoutCapture>();  // -Xcheck:jni reports misuse there
     churn.Start();
 
     JNIEnv* env = kxtest::Env();
@@ -229,6 +231,8 @@ TEST(Stress, EveryAnswerIsProgrammedOrFailureWhileServicesDieAndReturn) {
         WorkloadClass(), run, kThreads, static_cast<jlong>(seconds) * 1000, ToJava(env, success),
         ToJava(env, failure), ToJava(env, older), static_cast<jlong>(seed)));
     churn.Stop();
+    const std::string warnings = jvmOutput->Take();
+    jvmOutput.reset();
     ASSERT_FALSE(env->ExceptionCheck());
     jlong c[8];
     env->GetLongArrayRegion(counts, 0, 8, c);
@@ -251,6 +255,7 @@ TEST(Stress, EveryAnswerIsProgrammedOrFailureWhileServicesDieAndReturn) {
         churn.kills, churn.revivals, t.deathReports, t.registrationReports, t.reconnects, t.served,
         t.cutMidCall, t.noService);
 
+    EXPECT_EQ(warnings.find("WARNING"), std::string::npos) << warnings;
     EXPECT_EQ(c[kStuckThreads], 0) << "calls that never returned";
     EXPECT_EQ(c[kThrown], 0) << Report(env, "problems");
     EXPECT_EQ(c[kWrong], 0) << Report(env, "problems");

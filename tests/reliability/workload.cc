@@ -1,6 +1,7 @@
 #include "workload.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <mutex>
@@ -78,6 +79,31 @@ void KillAll() {
 void ReviveAll() {
     for (simdevice::Service s : simdevice::kAllServices) kxtest::Device().Revive(s);
     kxtest::WaitIdle();
+}
+
+StdoutCapture::StdoutCapture() : mFile(std::tmpfile()) {
+    std::fflush(stdout);
+    mSaved = dup(STDOUT_FILENO);
+    dup2(fileno(mFile), STDOUT_FILENO);
+}
+
+StdoutCapture::~StdoutCapture() {
+    std::fflush(stdout);
+    dup2(mSaved, STDOUT_FILENO);
+    close(mSaved);
+    std::fclose(mFile);
+}
+
+std::string StdoutCapture::Take() {
+    std::fflush(stdout);
+    std::string text;
+    char buffer[4096];
+    ssize_t n;
+    while ((n = pread(fileno(mFile), buffer, sizeof(buffer), mRead)) > 0) {
+        text.append(buffer, static_cast<size_t>(n));
+        mRead += n;
+    }
+    return text;
 }
 
 std::string Tagged(const std::string& text) { return "KxMMITest_jni: " + text; }

@@ -4,7 +4,9 @@
 #define KXMMI_TESTS_RELIABILITY_WORKLOAD_H
 
 #include <jni.h>
+#include <sys/types.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -41,6 +43,24 @@ class LocalFrame {
     ~LocalFrame() { kxtest::Env()->PopLocalFrame(nullptr); }
     LocalFrame(const LocalFrame&) = delete;
     LocalFrame& operator=(const LocalFrame&) = delete;
+};
+
+// Everything written to standard output (where the JVM prints its -Xcheck:jni warnings) while it
+// lives goes to a file instead, to be read back.
+class StdoutCapture {
+  public:
+    StdoutCapture();
+    ~StdoutCapture();
+    StdoutCapture(const StdoutCapture&) = delete;
+    StdoutCapture& operator=(const StdoutCapture&) = delete;
+
+    // What was written since the last call.
+    std::string Take();
+
+  private:
+    std::FILE* mFile;
+    int mSaved;
+    off_t mRead = 0;
 };
 
 // "KxMMITest_jni: " + text.
