@@ -82,13 +82,13 @@ final class CallRequest {
         return name;
     }
 
-    private static Answer answer(String spec) {
-        int eq = spec.indexOf('=');
-        int dot = eq < 0 ? -1 : spec.lastIndexOf('.', eq);
+    private static Answer answer(String option) {
+        int eq = option.indexOf('=');
+        int dot = eq < 0 ? -1 : option.lastIndexOf('.', eq);
         if (dot <= 0 || dot + 1 == eq) {
-            throw new IllegalArgumentException("--answer takes SERVICE.OPERATION=ANSWER, got " + spec);
+            throw new IllegalArgumentException("--answer takes SERVICE.OPERATION=ANSWER, got " + option);
         }
-        return new Answer(service(spec.substring(0, dot), SERVICES), spec.substring(dot + 1, eq),
-                spec.substring(eq + 1));
+        return new Answer(service(option.substring(0, dot), SERVICES), option.substring(dot + 1, eq),
+                option.substring(eq + 1));
     }
 }
