@@ -13,12 +13,16 @@ namespace kxmmi {
 // The modified UTF-8 characters of a Java string argument, held from construction to the end of
 // the scope, so that the method's result line can still print them. A null string is never handed
 // to JNI: it reads as no characters, and Present() logs "<function> fail, <name> is null".
+// Characters JNI cannot hand out (out of memory) read the same way, without a pending exception.
 class Utf {
   public:
     Utf(JNIEnv* env, jstring s)
         : mEnv(env),
           mString(s),
-          mChars(s == nullptr ? nullptr : env->GetStringUTFChars(s, nullptr)) {}
+          mChars(s == nullptr ? nullptr : env->GetStringUTFChars(s, nullptr)) {
+        // Out of memory: the method answers its failure value, never an exception.
+        if (s != nullptr && mChars == nullptr) env->ExceptionClear();
+    }
     ~Utf() {
         if (mChars != nullptr) mEnv->ReleaseStringUTFChars(mString, mChars);
     }
@@ -27,7 +31,11 @@ class Utf {
 
     bool Present(const char* function, const char* name) const {
         if (mChars != nullptr) return true;
-        KXLOGE("%s: %s fail, %s is null", function, name);
+        if (mString == nullptr) {
+            KXLOGE("%s: %s fail, %s is null", function, name);
+        } else {
+            KXLOGE("%s: %s fail, cannot read %s", function, name);
+        }
         return false;
     }
     const char* c_str() const { return mChars; }

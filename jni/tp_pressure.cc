@@ -56,6 +56,7 @@ jint SetApPressureCalibrationExtern(JNIEnv* env, jobject /*object*/, jint sensor
     KXLOGD("%s: SetApPressureCalibrationExtern rawDataLength: %d", length);
     jint* elements = env->GetIntArrayElements(rawData, nullptr);
     if (elements == nullptr) {
+        env->ExceptionClear();  // out of memory: the caller gets -1, never an exception
         KXLOGE("%s: SetApPressureCalibrationExtern fail, g_kxSensors is null");
         return -1;
     }
