@@ -2,6 +2,7 @@
 // its own lines, without touching a service or raising a Java exception.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <string>
 
@@ -9,280 +10,149 @@
 
 namespace {
 
-using kxtest::CallBool;
-using kxtest::CallInt;
-using kxtest::CallIntArray;
-using kxtest::CallLong;
-using kxtest::CallString;
 using kxtest::JStr;
 using kxtest::LogLine;
-
-constexpr int D = 3;
-constexpr int E = 6;
-
-std::string Quote(const std::optional<std::string>& s) { return s ? "\"" + *s + "\"" : "null"; }
+using Lines = std::vector<LogLine>;
 
 struct Case {
     const char* method;
     std::function<std::string()> call;
     std::string result;
-    std::vector<LogLine> lines;
+    Lines lines;
 };
 
-std::string Null(const char* function, const char* handle) {
-    return std::string("KxMMITest_jni: ") + function + " fail, " + handle + " is null";
+// Calls a native and shows its answer as text, choosing the JNI call by the result type.
+template <typename... A>
+std::string Show(const char* method, const char* signature, A... args) {
+    switch (std::strchr(signature, ')')[1]) {
+        case 'I':
+            return std::to_string(kxtest::CallInt(method, signature, args...));
+        case 'J':
+            return std::to_string(kxtest::CallLong(method, signature, args...));
+        case 'Z':
+            return kxtest::CallBool(method, signature, args...) ? "true" : "false";
+        case '[':
+            return kxtest::CallIntArray(method, signature, args...) ? "array" : "null";
+        default: {
+            std::optional<std::string> s = kxtest::CallString(method, signature, args...);
+            return s ? "\"" + *s + "\"" : "null";
+        }
+    }
 }
 
-#define INT(m, sig, ...) [] { return std::to_string(CallInt(m, sig, ##__VA_ARGS__)); }
-#define LONG(m, sig, ...) [] { return std::to_string(CallLong(m, sig, ##__VA_ARGS__)); }
-#define BOOL(m, sig, ...) \
-    [] { return std::string(CallBool(m, sig, ##__VA_ARGS__) ? "true" : "false"); }
-#define STR(m, sig, ...) [] { return Quote(CallString(m, sig, ##__VA_ARGS__)); }
+template <typename... A>
+Case Row(const char* method, const char* signature, const char* result, Lines lines, A... args) {
+    return {method, [=] { return Show(method, signature, args...); }, result, std::move(lines)};
+}
+
+Lines Null(const std::string& function, const std::string& handle) {
+    return {{6, "KxMMITest_jni: " + function + " fail, " + handle + " is null"}};
+}
+Lines Own(const std::string& text) { return {{6, "KxMMITest_jni: " + text}}; }
 
 std::vector<Case> Cases() {
-    const char* F = "g_kxFactoryInterface";
-    const char* T = "g_kxTouchScreen";
-    const char* S = "g_kxSensors";
+    const char *F = "g_kxFactoryInterface", *T = "g_kxTouchScreen", *S = "g_kxSensors";
+    const char *P = "g_kxPower", *V = "kxFactoryNew", *N = "sensorNewVer";
+    const char* kStr = "()Ljava/lang/String;";
     return {
-        {"setApPressureCalibExternNative",
-         INT("setApPressureCalibExternNative", "(II[I)I", 1, 2, kxtest::JInts({1, 2})),
-         "-1",
-         {{E, Null("SetApPressureCalibrationExtern", S)}}},
-        {"isTpPressureSupportNative",
-         BOOL("isTpPressureSupportNative", "()Z"),
-         "false",
-         {{E, "KxMMITest_jni: IsTpPressureSupported false, g_kxTouchScreen is null"}}},
-        {"getTpPressureStatusNative",
-         INT("getTpPressureStatusNative", "()I"),
-         "-1",
-         {{E, Null("GetTpPressureStatus", T)}}},
-        {"getTpPressureVerifyResultNative",
-         INT("getTpPressureVerifyResultNative", "(I)I", 1),
-         "-1",
-         {{E, Null("GetTpPressureVerifyResult", T)}}},
-        {"controlTpPressureCalibModeNative",
-         BOOL("controlTpPressureCalibModeNative", "(I)Z", 0),
-         "false",
-         {{E, Null("ControlTpPressureCalibMode", T)}}},
-        {"setTpPressureCalibrationNative",
-         BOOL("setTpPressureCalibrationNative", "(II)Z", 0, 1),
-         "false",
-         {{E, Null("SetTpPressureCalibration", T)}}},
-        {"setTpPressureVerificationNative",
-         BOOL("setTpPressureVerificationNative", "(II)Z", 0, 1),
-         "false",
-         {{E, Null("SetTpPressureVerification", T)}}},
-        {"getTpPressureWaitingTimeNative",
-         LONG("getTpPressureWaitingTimeNative", "()J"),
-         "-1",
-         {{E, Null("GetTpPressureWaitingTime", T)}}},
-        {"checkTpPressureCalibPositionNative",
-         INT("checkTpPressureCalibPositionNative", "(III)I", 1, 2, 3),
-         "-1",
-         {{E, Null("CheckTpPressureCalibPosition", T)}}},
-        {"isFactoryVersionNative",
-         BOOL("isFactoryVersionNative", "()Z"),
-         "false",
-         {{E, "KxMMITest_jni: IsFactoryVersion failse, g_kxFactoryInterface is null"}}},
-        {"getManufactureFileNameNative",
-         STR("getManufactureFileNameNative", "()Ljava/lang/String;"),
-         "\"\"",
-         {{E, Null("GetManufactureFileName", F)}}},
-        {"releaseFactoryHidlResourceNative",
-         INT("releaseFactoryHidlResourceNative", "()I"),
-         "-1",
-         {{E, Null("ReleaseFactoryHidlResource", F)}}},
-        {"setMmiResultNative",
-         INT("setMmiResultNative", "(II)I", 1, 2),
-         "-1",
-         {{E, Null("SetMmiTestResult", F)}}},
-        {"getCapacitanceTestResultNative",
-         INT("getCapacitanceTestResultNative", "()I"),
-         "-1",
-         {{E, Null("GetCapacitanceTestResult", T)}}},
-        {"getTouchKeyCapacitanceTestResultNative",
-         INT("getTouchKeyCapacitanceTestResultNative", "()I"),
-         "-1",
-         {{E, Null("GetTouchkeyCapacitanceTestResult", "g_kxOtherdevices")}}},
-        {"getTouchKeySupportFlagNative",
-         INT("getTouchKeySupportFlagNative", "()I"),
-         "-1",
-         {{E, "KxMMITest_jni: GetTouchKeySupportState invalid, g_kxOtherdevices is null"}}},
-        {"getCapacitanceCalibrateResultNative",
-         STR("getCapacitanceCalibrateResultNative", "(I)Ljava/lang/String;", 1),
-         "\"Capacitance Calibrate Failed\"",
-         {{E, Null("GetCapacitanceCalibrateResult", T)}}},
-        {"getSensorCalibrateDelayTimeNative",
-         INT("getSensorCalibrateDelayTimeNative", "(I)I", 1),
-         "-1",
-         {{E, Null("GetSensorCalibrateDelayTime", S)}}},
-        {"getSensorSelfTestDelayTimeNative",
-         INT("getSensorSelfTestDelayTimeNative", "(I)I", 1),
-         "-1",
-         {{E, Null("GetSensorSelfTestDelayTime", S)}}},
-        {"startSensorCalibrateNative",
-         INT("startSensorCalibrateNative", "(II)I", 1, 2),
-         "-1",
-         {{E, Null("StartSensorCalibrate", S)}}},
-        {"startSensorSelfTestNative",
-         INT("startSensorSelfTestNative", "(II)I", 1, 2),
-         "-1",
-         {{E, Null("StartSensorSelfTest", S)}}},
-        {"getSensorCalibrateResultNative",
-         INT("getSensorCalibrateResultNative", "(I)I", 1),
-         "-1",
-         {{E, Null("GetSensorCalibrateResult", S)}}},
-        {"getSensorSelfTestResultNative",
-         INT("getSensorSelfTestResultNative", "(I)I", 1),
-         "-1",
-         {{E, Null("GetSensorSelfTestResult", S)}}},
-        {"setLightBrightnessNative",
-         INT("setLightBrightnessNative", "(II)I", 1, 2),
-         "-1",
-         {{E, Null("SetLightBrightness", "g_kxLight")}}},
-        {"getBsnNative",
-         STR("getBsnNative", "()Ljava/lang/String;"),
-         "\"\"",
-         {{E, Null("GetBsn", F)}}},
-        {"getPowerStateNative",
-         STR("getPowerStateNative", "(Ljava/lang/String;)Ljava/lang/String;", JStr("battery")),
-         "\"\"",
-         {{E, Null("GetPowerState", "g_kxPower")}}},
-        {"getSensorCalibrateTypeNative",
-         STR("getSensorCalibrateTypeNative", "(I)Ljava/lang/String;", 1),
-         "\"\"",
-         {{E, Null("GetSensorCalibrateType", S)}}},
-        {"sendBigDataOperationNative",
-         INT("sendBigDataOperationNative", "(Lcom/tavrin/mmitest/model/BigDataOperation;)I",
-             kxtest::NewModel("BigDataOperation")),
-         "-1",
-         {{E, "KxMMITest_jni: SendBigDataOperation fail, env or g_kxFactoryInterface is null"}}},
-        {"sendBigDataValueNative",
-         INT("sendBigDataValueNative", "(Lcom/tavrin/mmitest/model/BigDataValue;)I",
-             kxtest::NewModel("BigDataValue")),
-         "-1",
-         {{E, "KxMMITest_jni: SendBigDataValue fail, env or g_kxFactoryInterface is null"}}},
-        {"checkUsbSpeedNative",
-         INT("checkUsbSpeedNative", "(Ljava/lang/String;)I", JStr("usb")),
-         "-1",
-         {{E, Null("CheckUsbSpeed", "g_kxPower")}}},
-        {"getMmiAutoStartFlagNative",
-         STR("getMmiAutoStartFlagNative", "()Ljava/lang/String;"),
-         "\"\"",
-         {{E, Null("GetMmiAutoStartFlag", F)}}},
-        {"disableMmiAutoStartNative",
-         INT("disableMmiAutoStartNative", "(Ljava/lang/String;)I", JStr("0")),
-         "-1",
-         {{E, Null("SetMMIAutoStartFlag", F)}}},
-        {"getCompassRawValueLimitNative",
-         INT("getCompassRawValueLimitNative", "()I"),
-         "-1",
-         {{E, Null("GetCompassRawValueLimit", S)}}},
-        {"getManufactureStationFlagNative",
-         STR("getManufactureStationFlagNative", "(I)Ljava/lang/String;", 3),
-         "\"\"",
-         {{E, Null("GetManufactureStationFlag", F)}}},
-        {"setTestCycleNative",
-         INT("setTestCycleNative", "(II)I", 7, 3),
-         "-1",
-         {{D, "KxMMITest_jni: SetTestCycle, stationID: 7, cycle: 3"},
-          {E, Null("SetTestCycle", "kxFactoryNew")}}},
-        {"getManufactureModeNative",
-         INT("getManufactureModeNative", "()I"),
-         "-1",
-         {{E, "KxMMITest_jni: GetManufactureMode, kxFactoryNew is null"}}},
-        {"setProximitySensorExternalIrModeNative",
-         INT("setProximitySensorExternalIrModeNative", "(I)I", 1),
-         "-1",
-         {{E, Null("SetPsExternalIrMode", S)}}},
-        {"setPowerStateNative",
-         INT("setPowerStateNative", "(Ljava/lang/String;Ljava/lang/String;)I", JStr("scene"),
-             JStr("p")),
-         "-1",
-         {{E, Null("SetPowerState", "g_kxPower")}}},
-        {"getMmiDeviceFeaturesCheckResultNative",
-         INT("getMmiDeviceFeaturesCheckResultNative", "(I)I", 1),
-         "-1",
-         {{E, Null("GetMmiDeviceFeaturesCheckResult", F)}}},
-        {"getOeminfoNative",
-         STR("getOeminfoNative", "(III)Ljava/lang/String;", 1, 2, 3),
-         "\"\"",
-         {{E, Null("GetOeminfo", "kxFactoryNew")}}},
-        {"sensorActivateNative",
-         BOOL("sensorActivateNative", "(IZI)Z", 5, JNI_TRUE, 200),
-         "false",
-         {{E, Null("SensorActivate", S)}}},
-        {"getFlickerFrequencyNative",
-         INT("getFlickerFrequencyNative", "(I)I", 1),
-         "-1",
-         {{E, Null("GetFlickerFrequency", S)}}},
-        {"handleSensorParameterNative",
-         STR("handleSensorParameterNative", "(IIII)Ljava/lang/String;", 1, 2, 3, 4),
-         "\"\"",
-         {{E, Null("HandleSensorParameter", "sensorNewVer")}}},
-        {"handleAmbientLightParameterNative",
-         [] {
-             return std::string(
-                 CallIntArray("handleAmbientLightParameterNative", "(IIII)[I", 1, 2, 3, 4)
-                     ? "array"
-                     : "null");
-         },
-         "null",
-         {{E, Null("HandleAmbientLightParameter", "sensorNewVer")}}},
-        {"setTouchScreenFeatureConfigNative",
-         INT("setTouchScreenFeatureConfigNative", "(ILjava/lang/String;)I", 1, JStr("cfg")),
-         "-1",
-         {{E, Null("SetTouchScreenFeatureConfig", T)}}},
-        {"getScreenFpsConfigNative",
-         STR("getScreenFpsConfigNative", "()Ljava/lang/String;"),
-         "\"FAILED:getDisplayFpsConfig\"",
-         {{E, Null("GetScreenFpsConfig", "g_kxDisplay")}}},
-        {"setScreenFpsNative",
-         BOOL("setScreenFpsNative", "(I)Z", 2),
-         "false",
-         {{E, Null("SetScreenFps", "g_kxDisplay")}}},
-        {"getVerifySignatureResultNative",
-         INT("getVerifySignatureResultNative", "([B)I", kxtest::JBytes({1, 2})),
-         "-1",
-         {{E, Null("GetVerifySignatureResult", F)}}},
-        {"setMockCardTestModeNative",
-         INT("setMockCardTestModeNative", "(Ljava/lang/String;)I", JStr("1")),
-         "-1",
-         {{E, Null("SetZqCardTestMode", F)}}},
-        {"getMockCardTestResultNative",
-         STR("getMockCardTestResultNative", "()Ljava/lang/String;"),
-         "\"\"",
-         {{E, Null("GetZqCardTestResult", F)}}},
-        {"getRotaryCrownSelfTestNative",
-         STR("getRotaryCrownSelfTestNative", "()Ljava/lang/String;"),
-         "\"\"",
-         {{E, Null("GetRotateCrownTestResult", T)}}},
-        {"executeHighTemperInterceptCmdNative",
-         INT("executeHighTemperInterceptCmdNative", "(Ljava/lang/String;Ljava/lang/String;)I",
-             JStr("scene"), JStr("p")),
-         "-1",
-         {{E, "KxMMITest_jni: ExecuteHighTemperInterceptCmd fail, mIKxFactoryInterface is null"}}},
+        Row("setApPressureCalibExternNative", "(II[I)I", "-1",
+            Null("SetApPressureCalibrationExtern", S), 1, 2, kxtest::JInts({1, 2})),
+        Row("isTpPressureSupportNative", "()Z", "false",
+            Own("IsTpPressureSupported false, g_kxTouchScreen is null")),
+        Row("getTpPressureStatusNative", "()I", "-1", Null("GetTpPressureStatus", T)),
+        Row("getTpPressureVerifyResultNative", "(I)I", "-1", Null("GetTpPressureVerifyResult", T),
+            1),
+        Row("controlTpPressureCalibModeNative", "(I)Z", "false",
+            Null("ControlTpPressureCalibMode", T), 0),
+        Row("setTpPressureCalibrationNative", "(II)Z", "false", Null("SetTpPressureCalibration", T),
+            0, 1),
+        Row("setTpPressureVerificationNative", "(II)Z", "false",
+            Null("SetTpPressureVerification", T), 0, 1),
+        Row("getTpPressureWaitingTimeNative", "()J", "-1", Null("GetTpPressureWaitingTime", T)),
+        Row("checkTpPressureCalibPositionNative", "(III)I", "-1",
+            Null("CheckTpPressureCalibPosition", T), 1, 2, 3),
+        Row("isFactoryVersionNative", "()Z", "false",
+            Own("IsFactoryVersion failse, g_kxFactoryInterface is null")),
+        Row("getManufactureFileNameNative", kStr, "\"\"", Null("GetManufactureFileName", F)),
+        Row("releaseFactoryHidlResourceNative", "()I", "-1", Null("ReleaseFactoryHidlResource", F)),
+        Row("setMmiResultNative", "(II)I", "-1", Null("SetMmiTestResult", F), 1, 2),
+        Row("getCapacitanceTestResultNative", "()I", "-1", Null("GetCapacitanceTestResult", T)),
+        Row("getTouchKeyCapacitanceTestResultNative", "()I", "-1",
+            Null("GetTouchkeyCapacitanceTestResult", "g_kxOtherdevices")),
+        Row("getTouchKeySupportFlagNative", "()I", "-1",
+            Own("GetTouchKeySupportState invalid, g_kxOtherdevices is null")),
+        Row("getCapacitanceCalibrateResultNative", "(I)Ljava/lang/String;",
+            "\"Capacitance Calibrate Failed\"", Null("GetCapacitanceCalibrateResult", T), 1),
+        Row("getSensorCalibrateDelayTimeNative", "(I)I", "-1",
+            Null("GetSensorCalibrateDelayTime", S), 1),
+        Row("getSensorSelfTestDelayTimeNative", "(I)I", "-1", Null("GetSensorSelfTestDelayTime", S),
+            1),
+        Row("startSensorCalibrateNative", "(II)I", "-1", Null("StartSensorCalibrate", S), 1, 2),
+        Row("startSensorSelfTestNative", "(II)I", "-1", Null("StartSensorSelfTest", S), 1, 2),
+        Row("getSensorCalibrateResultNative", "(I)I", "-1", Null("GetSensorCalibrateResult", S), 1),
+        Row("getSensorSelfTestResultNative", "(I)I", "-1", Null("GetSensorSelfTestResult", S), 1),
+        Row("setLightBrightnessNative", "(II)I", "-1", Null("SetLightBrightness", "g_kxLight"), 1,
+            2),
+        Row("getBsnNative", kStr, "\"\"", Null("GetBsn", F)),
+        Row("getPowerStateNative", "(Ljava/lang/String;)Ljava/lang/String;", "\"\"",
+            Null("GetPowerState", P), JStr("battery")),
+        Row("getSensorCalibrateTypeNative", "(I)Ljava/lang/String;", "\"\"",
+            Null("GetSensorCalibrateType", S), 1),
+        Row("sendBigDataOperationNative", "(Lcom/tavrin/mmitest/model/BigDataOperation;)I", "-1",
+            Own("SendBigDataOperation fail, env or g_kxFactoryInterface is null"),
+            kxtest::NewModel("BigDataOperation")),
+        Row("sendBigDataValueNative", "(Lcom/tavrin/mmitest/model/BigDataValue;)I", "-1",
+            Own("SendBigDataValue fail, env or g_kxFactoryInterface is null"),
+            kxtest::NewModel("BigDataValue")),
+        Row("checkUsbSpeedNative", "(Ljava/lang/String;)I", "-1", Null("CheckUsbSpeed", P),
+            JStr("usb")),
+        Row("getMmiAutoStartFlagNative", kStr, "\"\"", Null("GetMmiAutoStartFlag", F)),
+        Row("disableMmiAutoStartNative", "(Ljava/lang/String;)I", "-1",
+            Null("SetMMIAutoStartFlag", F), JStr("0")),
+        Row("getCompassRawValueLimitNative", "()I", "-1", Null("GetCompassRawValueLimit", S)),
+        Row("getManufactureStationFlagNative", "(I)Ljava/lang/String;", "\"\"",
+            Null("GetManufactureStationFlag", F), 3),
+        Row("setTestCycleNative", "(II)I", "-1",
+            {{3, "KxMMITest_jni: SetTestCycle, stationID: 7, cycle: 3"},
+             Null("SetTestCycle", V)[0]},
+            7, 3),
+        Row("getManufactureModeNative", "()I", "-1",
+            Own("GetManufactureMode, kxFactoryNew is null")),
+        Row("setProximitySensorExternalIrModeNative", "(I)I", "-1", Null("SetPsExternalIrMode", S),
+            1),
+        Row("setPowerStateNative", "(Ljava/lang/String;Ljava/lang/String;)I", "-1",
+            Null("SetPowerState", P), JStr("scene"), JStr("p")),
+        Row("getMmiDeviceFeaturesCheckResultNative", "(I)I", "-1",
+            Null("GetMmiDeviceFeaturesCheckResult", F), 1),
+        Row("getOeminfoNative", "(III)Ljava/lang/String;", "\"\"", Null("GetOeminfo", V), 1, 2, 3),
+        Row("sensorActivateNative", "(IZI)Z", "false", Null("SensorActivate", S), 5, JNI_TRUE, 200),
+        Row("getFlickerFrequencyNative", "(I)I", "-1", Null("GetFlickerFrequency", S), 1),
+        Row("handleSensorParameterNative", "(IIII)Ljava/lang/String;", "\"\"",
+            Null("HandleSensorParameter", N), 1, 2, 3, 4),
+        Row("handleAmbientLightParameterNative", "(IIII)[I", "null",
+            Null("HandleAmbientLightParameter", N), 1, 2, 3, 4),
+        Row("setTouchScreenFeatureConfigNative", "(ILjava/lang/String;)I", "-1",
+            Null("SetTouchScreenFeatureConfig", T), 1, JStr("cfg")),
+        Row("getScreenFpsConfigNative", kStr, "\"FAILED:getDisplayFpsConfig\"",
+            Null("GetScreenFpsConfig", "g_kxDisplay")),
+        Row("setScreenFpsNative", "(I)Z", "false", Null("SetScreenFps", "g_kxDisplay"), 2),
+        Row("getVerifySignatureResultNative", "([B)I", "-1", Null("GetVerifySignatureResult", F),
+            kxtest::JBytes({1, 2})),
+        Row("setMockCardTestModeNative", "(Ljava/lang/String;)I", "-1",
+            Null("SetZqCardTestMode", F), JStr("1")),
+        Row("getMockCardTestResultNative", kStr, "\"\"", Null("GetZqCardTestResult", F)),
+        Row("getRotaryCrownSelfTestNative", kStr, "\"\"", Null("GetRotateCrownTestResult", T)),
+        Row("executeHighTemperInterceptCmdNative", "(Ljava/lang/String;Ljava/lang/String;)I", "-1",
+            Own("ExecuteHighTemperInterceptCmd fail, mIKxFactoryInterface is null"), JStr("scene"),
+            JStr("p")),
     };
 }
 
-class EmptyHandles : public testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        kxtest::Manager();
-        for (simdevice::Service s : simdevice::kAllServices) kxtest::Device().Kill(s);
-        kxtest::WaitIdle();
-    }
-    static void TearDownTestSuite() {
-        for (simdevice::Service s : simdevice::kAllServices) kxtest::Device().Revive(s);
-        kxtest::WaitIdle();
-    }
-    void SetUp() override {
-        kxtest::TakeLogs();
-        kxtest::Device().TakeCalls();
-    }
-};
-
-TEST_F(EmptyHandles, EveryNativeAnswersItsFailureValueWithItsOwnLines) {
+TEST(EmptyHandles, EveryNativeAnswersItsFailureValueWithItsOwnLines) {
+    kxtest::Manager();
+    for (simdevice::Service s : simdevice::kAllServices) kxtest::Device().Kill(s);
+    kxtest::WaitIdle();
+    kxtest::Device().TakeCalls();
     std::vector<Case> cases = Cases();
     ASSERT_EQ(cases.size(), 52u);
     for (const Case& c : cases) {
@@ -292,6 +162,8 @@ TEST_F(EmptyHandles, EveryNativeAnswersItsFailureValueWithItsOwnLines) {
         EXPECT_EQ(kxtest::TakeLogs(), c.lines);
     }
     EXPECT_TRUE(kxtest::Device().TakeCalls().empty()) << "a service was reached";
+    for (simdevice::Service s : simdevice::kAllServices) kxtest::Device().Revive(s);
+    kxtest::WaitIdle();
 }
 
 }  // namespace

@@ -79,34 +79,4 @@ TEST_F(Power, CheckUsbSpeedSendsTheSceneWithThreeEmptyTextsAndReturnsTheCode) {
     }
 }
 
-TEST_F(Power, NullTextsAreRejectedBeforeAnyServiceCall) {
-    EXPECT_EQ(kxtest::CallString("getPowerStateNative", kGetState, nullptr), "");
-    EXPECT_EQ(kxtest::CallInt("setPowerStateNative", kSetState, JStr("aging"), nullptr), -1);
-    EXPECT_EQ(kxtest::CallInt("checkUsbSpeedNative", kUsb, nullptr), -1);
-    EXPECT_EQ(kxtest::TakeLogs(),
-              (std::vector<LogLine>{{E, "KxMMITest_jni: GetPowerState fail, query is null"},
-                                    {E, "KxMMITest_jni: SetPowerState fail, para is null"},
-                                    {E, "KxMMITest_jni: CheckUsbSpeed fail, scene is null"}}));
-    EXPECT_TRUE(Calls().empty());
-}
-
-TEST_F(Power, TransportFailureMidCallIsAnOrdinaryFailure) {
-    Answer("getPowerState", "transport-error");
-    Answer("setPowerState", "transport-error");
-    Answer("checkUsbSpeed", "transport-error");
-    EXPECT_EQ(kxtest::CallString("getPowerStateNative", kGetState, JStr("battery")), "");
-    EXPECT_EQ(kxtest::CallInt("setPowerStateNative", kSetState, JStr("a"), JStr("b")), -1);
-    EXPECT_EQ(kxtest::CallInt("checkUsbSpeedNative", kUsb, JStr("otg")), -1);
-    std::vector<LogLine> logs = kxtest::TakeLogs();
-    ASSERT_EQ(logs.size(), 3u);
-    const char* functions[] = {"GetPowerState", "SetPowerState", "CheckUsbSpeed"};
-    for (size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(logs[i].priority, E);
-        EXPECT_EQ(
-            logs[i].text.rfind(
-                std::string("KxMMITest_jni: ") + functions[i] + " fail, transport error: ", 0),
-            0u);
-    }
-}
-
 }  // namespace
