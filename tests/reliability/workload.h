@@ -1,12 +1,15 @@
-// Shared pieces of the reliability suites: the Java driver that calls every native from Java, and
-// a device put back to a known state between cases.
+// Shared pieces of the reliability suites: the Java driver Workload (every native of
+// MmiNativeManager, by index), a device put back to a known state, and every native's answers.
 #ifndef KXMMI_TESTS_RELIABILITY_WORKLOAD_H
 #define KXMMI_TESTS_RELIABILITY_WORKLOAD_H
 
-#include <jni.h>
-#include <sys/types.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,58 +18,138 @@
 namespace reliability {
 
 constexpr int kMethods = 52;
-constexpr int kDebug = 3;
 constexpr int kError = 6;
+// Workload's argument sets: ordinary, hostile texts, or kNullAt + k: the k-th reference null.
+enum ArgumentSet { kPlain, kHostile, kNullAt };
 
-// com.tavrin.mmitest.reliability.Workload (a global reference).
-jclass WorkloadClass();
-// Calls native index (its row in the registration table) from Java once; its answer as text:
-// a number, true/false, a quoted string, [a, b, ...] or null.
-std::string CallNative(int index);
-// The answers of every native, in table order.
-std::vector<std::string> AnswersOfAll();
+// The harness builds its JVM from KXTEST_CLASSPATH; these suites also need the driver's jar.
+inline const bool kClassPathSet = setenv("KXTEST_CLASSPATH", KXTEST_RELIABILITY_CLASSPATH, 0) == 0;
 
-// Every service registered with its default answers and connected afresh (which also forgets
-// the touch panel's cached pressure support), with the log and the call record emptied.
-void HealthyDevice();
-// The library's own connect routine, as a registration report runs it.
-void Reconnect();
-// Kills or revives every service and waits until the library has seen it.
-void KillAll();
-void ReviveAll();
+// Calls a static method of Workload; fails the test on a Java exception.
+template <typename... A>
+jobject CallWorkload(const char* name, const char* signature, A... args) {
+    kxtest::Manager();  // the library loads first, after the device has started
+    JNIEnv* env = kxtest::Env();
+    jclass workload = env->FindClass("com/tavrin/mmitest/reliability/Workload");
+    jobject result = env->CallStaticObjectMethod(
+        workload, env->GetStaticMethodID(workload, name, signature), args...);
+    env->DeleteLocalRef(workload);
+    if (env->ExceptionCheck()) {
+        env->ExceptionDescribe();
+        env->ExceptionClear();
+        ADD_FAILURE() << name << " left a Java exception";
+    }
+    return result;
+}
 
-// A local frame of the calling thread for the length of a scope, so that a table's rows do not
-// pile their arguments up in the test's own frame.
-class LocalFrame {
-  public:
-    LocalFrame() { kxtest::Env()->PushLocalFrame(32); }
-    ~LocalFrame() { kxtest::Env()->PopLocalFrame(nullptr); }
-    LocalFrame(const LocalFrame&) = delete;
-    LocalFrame& operator=(const LocalFrame&) = delete;
+inline std::string TextOf(jobject text) {
+    if (text == nullptr) return "<none>";
+    const char* chars = kxtest::Env()->GetStringUTFChars(static_cast<jstring>(text), nullptr);
+    std::string result(chars);
+    kxtest::Env()->ReleaseStringUTFChars(static_cast<jstring>(text), chars);
+    kxtest::Env()->DeleteLocalRef(text);
+    return result;
+}
+
+// Native index's answer to an argument set, as text.
+inline std::string CallNative(int index, int set = kPlain) {
+    return TextOf(CallWorkload("call", "(II)Ljava/lang/String;", index, set));
+}
+
+inline std::string Tagged(const std::string& text) { return "KxMMITest_jni: " + text; }
+
+// The error lines logged since the last take.
+inline std::vector<std::string> TakeErrors() {
+    std::vector<std::string> texts;
+    for (const kxtest::LogLine& l : kxtest::TakeLogs())
+        if (l.priority == kError) texts.push_back(l.text);
+    return texts;
+}
+
+// Connects afresh with the library's own routine (as a registration report runs it), then empties
+// the log and the call record.
+inline void Reconnect() {
+    reinterpret_cast<void (*)()>(kxtest::LibrarySymbol("_Z20InitMmiNativeManagerv"))();
+    kxtest::TakeLogs();
+    kxtest::Device().TakeCalls();
+}
+
+// Every service registered with its default answers and connected afresh, log and record empty.
+inline void HealthyDevice() {
+    kxtest::Manager();
+    kxtest::Device().Reset();
+    kxtest::WaitIdle();
+    Reconnect();
+}
+
+// Kills (or revives) every service and waits until the library has seen it.
+inline void SetAllAlive(bool alive) {
+    for (simdevice::Service s : simdevice::kAllServices)
+        alive ? kxtest::Device().Revive(s) : kxtest::Device().Kill(s);
+    kxtest::WaitIdle();
+}
+
+// Every native's answer on the device as programmed, with every service dead (and the name its
+// error line then starts with), and with the services that have one registered 1.0-only.
+struct Oracle {
+    std::vector<std::string> success, failure, function, older;
+    Oracle() {
+        for (int i = 0; i < kMethods; ++i) success.push_back(CallNative(i));
+        SetAllAlive(false);
+        kxtest::TakeLogs();
+        for (int i = 0; i < kMethods; ++i) {
+            failure.push_back(CallNative(i));
+            std::vector<std::string> errors = TakeErrors();
+            std::string line = errors.empty() ? "" : errors[0].substr(Tagged("").size());
+            function.push_back(line.substr(0, line.find_first_of(" ,")));
+        }
+        // The services that have a newer minor version registered again 1.0-only, then in full.
+        for (bool only : {true, false}) {
+            for (simdevice::Service s : simdevice::kAllServices)
+                kxtest::Device().SetOnlyV10(s, only);
+            SetAllAlive(false);
+            SetAllAlive(true);
+            for (int i = 0; only && i < kMethods; ++i) older.push_back(CallNative(i));
+        }
+        kxtest::TakeLogs();
+        kxtest::Device().TakeCalls();
+    }
 };
 
-// Everything written to standard output (where the JVM prints its -Xcheck:jni warnings) while it
-// lives goes to a file instead, to be read back.
-class StdoutCapture {
-  public:
-    StdoutCapture();
-    ~StdoutCapture();
-    StdoutCapture(const StdoutCapture&) = delete;
-    StdoutCapture& operator=(const StdoutCapture&) = delete;
+// Programs every operation of every service but those kept: value i of the n-th operation op is
+// value(op, i, n).
+using AnswerValue =
+    std::function<simdevice::Answer::Value(const simdevice::OperationInfo&, size_t, int)>;
+inline void ProgramEvery(const std::set<std::string>& keep, const AnswerValue& value) {
+    int n = 0;
+    for (simdevice::Service service : simdevice::kAllServices) {
+        for (const simdevice::OperationInfo& op : simdevice::SimDevice::Operations(service)) {
+            if (keep.count(op.name) != 0) continue;
+            std::vector<simdevice::Answer::Value> values;
+            for (size_t i = 0; i < op.answers.size(); ++i) values.push_back(value(op, i, n));
+            ++n;
+            auto answer = simdevice::Answer::Values(values);
+            ASSERT_TRUE(kxtest::Device().Program(service, op.name, answer, nullptr)) << op.name;
+        }
+    }
+}
 
-    // What was written since the last call.
-    std::string Take();
-
-  private:
-    std::FILE* mFile;
-    int mSaved;
-    off_t mRead = 0;
-};
-
-// "KxMMITest_jni: " + text.
-std::string Tagged(const std::string& text);
-// The lines of one priority.
-std::vector<std::string> LinesAt(const std::vector<kxtest::LogLine>& lines, int priority);
+// What was written to standard output (where -Xcheck:jni reports misuse) while body ran.
+inline std::string StdoutOf(const std::function<void()>& body) {
+    std::fflush(stdout);
+    std::FILE* file = std::tmpfile();
+    const int saved = dup(STDOUT_FILENO);
+    dup2(fileno(file), STDOUT_FILENO);
+    body();
+    std::fflush(stdout);
+    dup2(saved, STDOUT_FILENO);
+    close(saved);
+    std::string text(static_cast<size_t>(lseek(fileno(file), 0, SEEK_END)), '\0');
+    std::rewind(file);
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    std::fclose(file);
+    return text;
+}
 
 }  // namespace reliability
 
