@@ -48,41 +48,21 @@ enum class Service { Factory, Display, TouchScreen, Sensors, Power, Light, Other
 
 template <Service S>
 struct ServiceTraits;
-template <>
-struct ServiceTraits<Service::Factory> {
-    using Interface = IKxFactoryInterface;
-    static constexpr const char* kHandleName = "g_kxFactoryInterface";
-};
-template <>
-struct ServiceTraits<Service::Display> {
-    using Interface = IDisplay;
-    static constexpr const char* kHandleName = "g_kxDisplay";
-};
-template <>
-struct ServiceTraits<Service::TouchScreen> {
-    using Interface = ITouchscreen;
-    static constexpr const char* kHandleName = "g_kxTouchScreen";
-};
-template <>
-struct ServiceTraits<Service::Sensors> {
-    using Interface = ISensors;
-    static constexpr const char* kHandleName = "g_kxSensors";
-};
-template <>
-struct ServiceTraits<Service::Power> {
-    using Interface = IKXPower;
-    static constexpr const char* kHandleName = "g_kxPower";
-};
-template <>
-struct ServiceTraits<Service::Light> {
-    using Interface = ILight;
-    static constexpr const char* kHandleName = "g_kxLight";
-};
-template <>
-struct ServiceTraits<Service::OtherDevices> {
-    using Interface = IOtherdevices;
-    static constexpr const char* kHandleName = "g_kxOtherdevices";
-};
+// Each service's interface and the handle name its empty-handle lines show.
+#define KXMMI_SERVICE_TRAITS(S, I, name)                 \
+    template <>                                          \
+    struct ServiceTraits<Service::S> {                   \
+        using Interface = I;                             \
+        static constexpr const char* kHandleName = name; \
+    };
+KXMMI_SERVICE_TRAITS(Factory, IKxFactoryInterface, "g_kxFactoryInterface")
+KXMMI_SERVICE_TRAITS(Display, IDisplay, "g_kxDisplay")
+KXMMI_SERVICE_TRAITS(TouchScreen, ITouchscreen, "g_kxTouchScreen")
+KXMMI_SERVICE_TRAITS(Sensors, ISensors, "g_kxSensors")
+KXMMI_SERVICE_TRAITS(Power, IKXPower, "g_kxPower")
+KXMMI_SERVICE_TRAITS(Light, ILight, "g_kxLight")
+KXMMI_SERVICE_TRAITS(OtherDevices, IOtherdevices, "g_kxOtherdevices")
+#undef KXMMI_SERVICE_TRAITS
 
 template <Service S>
 using ServiceInterface = typename ServiceTraits<S>::Interface;
