@@ -4,7 +4,10 @@
 find_path(ANDROID_HOST_INCLUDE_DIR android/log.h PATHS /usr/include/android NO_DEFAULT_PATH)
 find_library(ANDROID_LOG_LIBRARY log PATHS /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/android NO_DEFAULT_PATH)
 find_library(ANDROID_UTILS_LIBRARY utils PATHS /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/android NO_DEFAULT_PATH)
-if(NOT ANDROID_HOST_INCLUDE_DIR OR NOT ANDROID_LOG_LIBRARY OR NOT ANDROID_UTILS_LIBRARY)
+# libcutils: the trace calls of generated interface code (comes with android-libutils-dev).
+find_library(ANDROID_CUTILS_LIBRARY cutils PATHS /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/android NO_DEFAULT_PATH)
+if(NOT ANDROID_HOST_INCLUDE_DIR OR NOT ANDROID_LOG_LIBRARY OR NOT ANDROID_UTILS_LIBRARY
+   OR NOT ANDROID_CUTILS_LIBRARY)
   message(FATAL_ERROR "android-liblog-dev and android-libutils-dev are needed (./mmi installs them)")
 endif()
 get_filename_component(ANDROID_HOST_LIB_DIR ${ANDROID_LOG_LIBRARY} DIRECTORY)
@@ -14,6 +17,9 @@ set_target_properties(android_log PROPERTIES IMPORTED_LOCATION ${ANDROID_LOG_LIB
   INTERFACE_INCLUDE_DIRECTORIES ${ANDROID_HOST_INCLUDE_DIR})
 add_library(android_utils SHARED IMPORTED GLOBAL)
 set_target_properties(android_utils PROPERTIES IMPORTED_LOCATION ${ANDROID_UTILS_LIBRARY}
+  INTERFACE_INCLUDE_DIRECTORIES ${ANDROID_HOST_INCLUDE_DIR})
+add_library(android_cutils SHARED IMPORTED GLOBAL)
+set_target_properties(android_cutils PROPERTIES IMPORTED_LOCATION ${ANDROID_CUTILS_LIBRARY}
   INTERFACE_INCLUDE_DIRECTORIES ${ANDROID_HOST_INCLUDE_DIR})
 # The Debian libraries live outside the loader's default path.
 set(CMAKE_BUILD_RPATH ${ANDROID_HOST_LIB_DIR})

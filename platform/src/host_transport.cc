@@ -1,48 +1,55 @@
+// The loopback transport: a reference per client lookup that hands transactions to the service's
+// generated stub, the host service manager, and the report thread.
+#include <android/hidl/manager/1.0/IServiceManager.h>
+#include <hidl/HidlBinderSupport.h>
+#include <hidl/HidlTransportSupport.h>
 #include <hidl/HostTransport.h>
+#include <hidl/ServiceManagement.h>
+#include <hidl/Static.h>
+#include <hwbinder/ProcessState.h>
 
 #include <algorithm>
 #include <condition_variable>
 #include <deque>
+#include <mutex>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace android {
-namespace hidl {
-namespace base {
-namespace V1_0 {
-
-const char* IBase::descriptor = "android.hidl.base@1.0::IBase";
-
-::android::hardware::Return<void> IBase::interfaceChain(interfaceChain_cb _hidl_cb) {
-    _hidl_cb({::android::hardware::hidl_string(descriptor)});
-    return ::android::hardware::Void();
-}
-
-::android::hardware::Return<bool> IBase::linkToDeath(
-    const ::android::sp<::android::hardware::hidl_death_recipient>&, uint64_t) {
-    return false;
-}
-
-::android::hardware::Return<bool> IBase::unlinkToDeath(
-    const ::android::sp<::android::hardware::hidl_death_recipient>&) {
-    return false;
-}
-
-::android::hardware::Return<::android::sp<IBase>> IBase::castFrom(
-    const ::android::sp<IBase>& parent, bool) {
-    return parent;
-}
-
-}  // namespace V1_0
-}  // namespace base
-namespace manager {
-namespace V1_0 {
-const char* IServiceNotification::descriptor = "android.hidl.manager@1.0::IServiceNotification";
-}  // namespace V1_0
-}  // namespace manager
-}  // namespace hidl
-
 namespace hardware {
+
+using ::android::hidl::base::V1_0::IBase;
+using ::android::hidl::manager::V1_0::IServiceManager;
+using ::android::hidl::manager::V1_0::IServiceNotification;
+
+sp<ProcessState> ProcessState::self() {
+    static sp<ProcessState>* state = new sp<ProcessState>(new ProcessState());
+    return *state;
+}
+
+void hidl_binder_death_recipient::binderDied(const wp<IBinder>& /*who*/) {
+    sp<hidl_death_recipient> recipient = mRecipient.promote();
+    if (recipient != nullptr) recipient->serviceDied(mCookie, mBase);
+}
+
 namespace details {
+
+BnConstructorMap& getBnConstructorMap() {
+    static BnConstructorMap* map = new BnConstructorMap();  // used by static constructors
+    return *map;
+}
+
+BsConstructorMap& getBsConstructorMap() {
+    static BsConstructorMap* map = new BsConstructorMap();
+    return *map;
+}
+
+ConcurrentMap<ServiceKey, wp<BHwBinder>>* const gBnMap =
+    new ConcurrentMap<ServiceKey, wp<BHwBinder>>();
+ConcurrentMap<ServiceKey, SchedPrio>* const gServicePrioMap =
+    new ConcurrentMap<ServiceKey, SchedPrio>();
+ConcurrentMap<ServiceKey, bool>* const gServiceSidMap = new ConcurrentMap<ServiceKey, bool>();
 
 namespace {
 
@@ -98,6 +105,118 @@ class TransportThread {
     std::thread mThread;
 };
 
+TransportThread& transport() {
+    static TransportThread t;
+    return t;
+}
+
+// One registered service object as the transport sees it: the object, the stub that serves it
+// and the death links of every reference to it. Stays dead once its service died; a service that
+// comes back registers a new node.
+class ServiceNode : public virtual RefBase {
+  public:
+    ServiceNode(const sp<IBase>& service, sp<BHwBinder> stub, std::vector<std::string> chain)
+        : mService(service), mStub(std::move(stub)), mChain(std::move(chain)) {}
+
+    sp<IBase> service() const {
+        std::lock_guard<std::mutex> lock(mLock);
+        return mService;
+    }
+    sp<BHwBinder> stub() const {
+        std::lock_guard<std::mutex> lock(mLock);
+        return mStub;
+    }
+    const std::vector<std::string>& chain() const { return mChain; }
+    const char* descriptor() const { return mChain.front().c_str(); }
+
+    bool link(const IBinder* binder, const wp<IBinder>& who,
+              const sp<IBinder::DeathRecipient>& recipient) {
+        std::lock_guard<std::mutex> lock(mLock);
+        if (mService == nullptr) return false;
+        mLinks.push_back(Link{binder, who, recipient});
+        return true;
+    }
+    bool unlink(const IBinder* binder, const wp<IBinder::DeathRecipient>& recipient) {
+        std::lock_guard<std::mutex> lock(mLock);
+        auto it = std::find_if(mLinks.begin(), mLinks.end(), [&](const Link& l) {
+            return l.binder == binder && l.recipient == recipient;
+        });
+        if (it == mLinks.end()) return false;
+        mLinks.erase(it);
+        return true;
+    }
+    void unlinkAll(const IBinder* binder) {
+        std::lock_guard<std::mutex> lock(mLock);
+        mLinks.erase(std::remove_if(mLinks.begin(), mLinks.end(),
+                                    [&](const Link& l) { return l.binder == binder; }),
+                     mLinks.end());
+    }
+    // Posts binderDied to every linked recipient that still exists when the report runs.
+    void die() {
+        std::vector<Link> links;
+        sp<IBase> service;
+        sp<BHwBinder> stub;
+        {
+            std::lock_guard<std::mutex> lock(mLock);
+            service = std::move(mService);
+            stub = std::move(mStub);
+            mService = nullptr;
+            mStub = nullptr;
+            links.swap(mLinks);
+        }
+        for (const Link& l : links) {
+            postToTransport([l] {
+                sp<IBinder::DeathRecipient> recipient = l.recipient.promote();
+                if (recipient != nullptr) recipient->binderDied(l.who);
+            });
+        }
+    }
+
+  private:
+    struct Link {
+        const IBinder* binder;
+        wp<IBinder> who;
+        wp<IBinder::DeathRecipient> recipient;
+    };
+    mutable std::mutex mLock;
+    sp<IBase> mService;
+    sp<BHwBinder> mStub;
+    const std::vector<std::string> mChain;
+    std::vector<Link> mLinks;
+};
+
+// The client side of one lookup: what a generated proxy holds as its remote reference. Its death
+// links go with it.
+class LoopbackBinder : public IBinder {
+  public:
+    explicit LoopbackBinder(sp<ServiceNode> node) : mNode(std::move(node)) {}
+    ~LoopbackBinder() override { mNode->unlinkAll(this); }
+
+    status_t transact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags,
+                      TransactCallback callback) override {
+        sp<BHwBinder> stub = mNode->stub();
+        if (stub == nullptr) return DEAD_OBJECT;
+        TransactionScope scope(mNode->descriptor(), code);
+        status_t err = stub->transact(code, data, reply, flags, [](Parcel&) {});
+        // The reply of a failed call never reaches the client.
+        if (scope.failed()) return DEAD_OBJECT;
+        if (scope.withheld()) reply->withholdValues();
+        if (callback) callback(*reply);
+        return err;
+    }
+    status_t linkToDeath(const sp<DeathRecipient>& recipient, void*, uint32_t) override {
+        if (recipient == nullptr) return BAD_VALUE;
+        return mNode->link(this, wp<IBinder>(this), recipient) ? OK : DEAD_OBJECT;
+    }
+    status_t unlinkToDeath(const wp<DeathRecipient>& recipient, void*, uint32_t,
+                           wp<DeathRecipient>*) override {
+        return mNode->unlink(this, recipient) ? OK : NAME_NOT_FOUND;
+    }
+
+  private:
+    const sp<ServiceNode> mNode;
+};
+
 struct Registration {
     std::string descriptor;
     std::string name;
@@ -110,20 +229,15 @@ struct Listener {
     sp<IServiceNotification> listener;
 };
 
-struct ServiceManager {
+struct Registry {
     std::mutex lock;
     std::vector<Registration> registrations;
     std::vector<Listener> listeners;
 };
 
-ServiceManager& manager() {
-    static ServiceManager* m = new ServiceManager();  // outlives every static that reports to it
-    return *m;
-}
-
-TransportThread& transport() {
-    static TransportThread t;
-    return t;
+Registry& registry() {
+    static Registry* r = new Registry();  // outlives every static that reports to it
+    return *r;
 }
 
 void notify(const sp<IServiceNotification>& listener, const std::string& descriptor,
@@ -133,97 +247,100 @@ void notify(const sp<IServiceNotification>& listener, const std::string& descrip
     });
 }
 
+sp<ServiceNode> findNode(const std::string& descriptor, const std::string& name) {
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.lock);
+    for (const Registration& reg : r.registrations) {
+        if (reg.descriptor == descriptor && reg.name == name && reg.node->service() != nullptr) {
+            return reg.node;
+        }
+    }
+    return nullptr;
+}
+
+bool addListener(const std::string& descriptor, const std::string& name,
+                 const sp<IServiceNotification>& listener) {
+    if (listener == nullptr) return false;
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.lock);
+    r.listeners.push_back(Listener{descriptor, name, listener});
+    for (const Registration& reg : r.registrations) {
+        if (reg.descriptor == descriptor && (name.empty() || reg.name == name) &&
+            reg.node->service() != nullptr) {
+            notify(listener, reg.descriptor, reg.name, true);
+        }
+    }
+    return true;
+}
+
+// The service manager, as the generated registerForNotifications reaches it.
+class HostServiceManager : public IServiceManager {
+  public:
+    Return<sp<IBase>> get(const hidl_string& fqName, const hidl_string& name) override {
+        sp<ServiceNode> node = findNode(fqName, name);
+        return node == nullptr ? nullptr : node->service();
+    }
+    Return<bool> add(const hidl_string& name, const sp<IBase>& service) override {
+        return registerAsServiceInternal(service, name) == OK;
+    }
+    Return<bool> registerForNotifications(const hidl_string& fqName, const hidl_string& name,
+                                          const sp<IServiceNotification>& callback) override {
+        return addListener(fqName, name, callback);
+    }
+};
+
+constexpr int kServing = 0;
+constexpr int kFailed = 1;
+constexpr int kWithheld = 2;
 thread_local const Transaction* tCurrent = nullptr;
-thread_local bool tFailed = false;
+thread_local int tState = kServing;
 
 }  // namespace
 
-ServiceNode::ServiceNode(const sp<IBase>& service, std::vector<std::string> chain)
-    : mService(service), mChain(std::move(chain)) {}
-
-sp<IBase> ServiceNode::service() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mService;
-}
-
-bool ServiceNode::isAlive() const {
-    std::lock_guard<std::mutex> lock(mLock);
-    return mService != nullptr;
-}
-
-bool ServiceNode::implements(const char* descriptor) const {
-    return std::find(mChain.begin(), mChain.end(), descriptor) != mChain.end();
-}
-
-bool ServiceNode::link(const void* proxy, const wp<IBase>& who,
-                       const sp<hidl_death_recipient>& recipient, uint64_t cookie) {
-    if (recipient == nullptr) return false;
-    std::lock_guard<std::mutex> lock(mLock);
-    if (mService == nullptr) return false;
-    mLinks.push_back(Link{proxy, who, recipient, cookie});
-    return true;
-}
-
-bool ServiceNode::unlink(const void* proxy, const sp<hidl_death_recipient>& recipient) {
-    std::lock_guard<std::mutex> lock(mLock);
-    auto it = std::find_if(mLinks.begin(), mLinks.end(), [&](const Link& l) {
-        return l.proxy == proxy && l.recipient == recipient;
-    });
-    if (it == mLinks.end()) return false;
-    mLinks.erase(it);
-    return true;
-}
-
-void ServiceNode::unlinkAll(const void* proxy) {
-    std::lock_guard<std::mutex> lock(mLock);
-    mLinks.erase(std::remove_if(mLinks.begin(), mLinks.end(),
-                                [&](const Link& l) { return l.proxy == proxy; }),
-                 mLinks.end());
-}
-
-void ServiceNode::die() {
-    std::vector<Link> links;
-    sp<IBase> service;
-    {
-        std::lock_guard<std::mutex> lock(mLock);
-        service = std::move(mService);
-        mService = nullptr;
-        links.swap(mLinks);
-    }
-    for (const Link& l : links) {
-        postToTransport([l] {
-            sp<hidl_death_recipient> recipient = l.recipient.promote();
-            if (recipient != nullptr) recipient->serviceDied(l.cookie, l.who);
-        });
-    }
-}
-
-TransactionScope::TransactionScope(const char* descriptor, uint32_t position, const char* method)
-    : mTransaction{descriptor, position, method}, mOuter(tCurrent), mOuterFailed(tFailed) {
+TransactionScope::TransactionScope(const char* descriptor, uint32_t position)
+    : mTransaction{descriptor, position}, mOuter(tCurrent), mOuterState(tState) {
     tCurrent = &mTransaction;
-    tFailed = false;
+    tState = kServing;
 }
 
 TransactionScope::~TransactionScope() {
     tCurrent = mOuter;
-    tFailed = mOuterFailed;
+    tState = mOuterState;
 }
 
-bool TransactionScope::failed() const { return tFailed; }
+bool TransactionScope::failed() const { return tState == kFailed; }
+bool TransactionScope::withheld() const { return tState == kWithheld; }
 
 const Transaction* currentTransaction() { return tCurrent; }
 
 void failCurrentTransaction() {
-    if (tCurrent != nullptr) tFailed = true;
+    if (tCurrent != nullptr) tState = kFailed;
 }
 
-sp<ServiceNode> getServiceNode(const char* descriptor, const std::string& name) {
-    ServiceManager& m = manager();
-    std::lock_guard<std::mutex> lock(m.lock);
-    for (const Registration& r : m.registrations) {
-        if (r.descriptor == descriptor && r.name == name && r.node->isAlive()) return r.node;
+void withholdCurrentCallback() {
+    if (tCurrent != nullptr && tState == kServing) tState = kWithheld;
+}
+
+Return<bool> canCastInterface(IBase* interface, const char* castTo, bool emitError) {
+    if (interface == nullptr) return false;
+    if (castTo == nullptr || castTo[0] == '\0') return true;
+    bool canCast = false;
+    Return<void> ret = interface->interfaceChain([&](const hidl_vec<hidl_string>& chain) {
+        for (const hidl_string& descriptor : chain) {
+            if (descriptor == castTo) canCast = true;
+        }
+    });
+    if (!ret.isOk()) {
+        if (emitError) return Status::fromStatusT(DEAD_OBJECT);
+        return false;
     }
-    return nullptr;
+    return canCast;
+}
+
+sp<IBinder> getServiceBinder(const std::string& descriptor, const std::string& name) {
+    sp<ServiceNode> node = findNode(descriptor, name);
+    if (node == nullptr) return nullptr;
+    return new LoopbackBinder(node);
 }
 
 status_t registerAsServiceInternal(const sp<IBase>& service, const std::string& name) {
@@ -232,24 +349,32 @@ status_t registerAsServiceInternal(const sp<IBase>& service, const std::string& 
     service
         ->interfaceChain([&](const hidl_vec<hidl_string>& c) { chain.assign(c.begin(), c.end()); })
         .isOk();
-    ServiceManager& m = manager();
-    std::lock_guard<std::mutex> lock(m.lock);
+    if (chain.empty()) return BAD_VALUE;
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.lock);
     sp<ServiceNode> node;
-    for (const Registration& r : m.registrations) {
-        if (r.node->service() == service) node = r.node;
+    for (const Registration& reg : r.registrations) {
+        if (reg.node->service() == service && reg.node->chain() == chain) node = reg.node;
     }
-    if (node == nullptr) node = new ServiceNode(service, chain);
+    if (node == nullptr) {
+        auto make = getBnConstructorMap().get(chain.front(), nullptr);
+        if (!make) return UNKNOWN_ERROR;
+        // Generated constructors take the object as the interface they serve; every interface
+        // starts at the same address as its root.
+        sp<IBinder> stub = make(static_cast<void*>(service.get()));
+        node = new ServiceNode(service, static_cast<BHwBinder*>(stub.get()), chain);
+    }
     for (const std::string& descriptor : chain) {
         if (descriptor == IBase::descriptor) continue;
         auto it = std::find_if(
-            m.registrations.begin(), m.registrations.end(),
-            [&](const Registration& r) { return r.descriptor == descriptor && r.name == name; });
-        if (it != m.registrations.end()) {
+            r.registrations.begin(), r.registrations.end(),
+            [&](const Registration& reg) { return reg.descriptor == descriptor && reg.name == name; });
+        if (it != r.registrations.end()) {
             it->node = node;
         } else {
-            m.registrations.push_back(Registration{descriptor, name, node});
+            r.registrations.push_back(Registration{descriptor, name, node});
         }
-        for (const Listener& l : m.listeners) {
+        for (const Listener& l : r.listeners) {
             if (l.descriptor == descriptor && (l.name.empty() || l.name == name)) {
                 notify(l.listener, descriptor, name, false);
             }
@@ -258,31 +383,17 @@ status_t registerAsServiceInternal(const sp<IBase>& service, const std::string& 
     return OK;
 }
 
-bool registerForNotificationsInternal(const char* descriptor, const std::string& name,
-                                      const sp<IServiceNotification>& listener) {
-    if (listener == nullptr) return false;
-    ServiceManager& m = manager();
-    std::lock_guard<std::mutex> lock(m.lock);
-    m.listeners.push_back(Listener{descriptor, name, listener});
-    for (const Registration& r : m.registrations) {
-        if (r.descriptor == descriptor && (name.empty() || r.name == name) && r.node->isAlive()) {
-            notify(listener, r.descriptor, r.name, true);
-        }
-    }
-    return true;
-}
-
 void killService(const sp<IBase>& service) {
     std::vector<sp<ServiceNode>> dying;
     {
-        ServiceManager& m = manager();
-        std::lock_guard<std::mutex> lock(m.lock);
-        for (auto it = m.registrations.begin(); it != m.registrations.end();) {
+        Registry& r = registry();
+        std::lock_guard<std::mutex> lock(r.lock);
+        for (auto it = r.registrations.begin(); it != r.registrations.end();) {
             if (it->node->service() == service) {
                 if (std::find(dying.begin(), dying.end(), it->node) == dying.end()) {
                     dying.push_back(it->node);
                 }
-                it = m.registrations.erase(it);
+                it = r.registrations.erase(it);
             } else {
                 ++it;
             }
@@ -295,11 +406,11 @@ void resetServiceManager() {
     std::vector<sp<ServiceNode>> nodes;
     std::vector<Listener> listeners;
     {
-        ServiceManager& m = manager();
-        std::lock_guard<std::mutex> lock(m.lock);
-        for (const Registration& r : m.registrations) nodes.push_back(r.node);
-        m.registrations.clear();
-        listeners.swap(m.listeners);
+        Registry& r = registry();
+        std::lock_guard<std::mutex> lock(r.lock);
+        for (const Registration& reg : r.registrations) nodes.push_back(reg.node);
+        r.registrations.clear();
+        listeners.swap(r.listeners);
     }
     for (const sp<ServiceNode>& node : nodes) node->die();
     waitForTransportIdle();
@@ -310,5 +421,26 @@ void postToTransport(std::function<void()> fn) { transport().post(std::move(fn))
 void waitForTransportIdle() { transport().waitIdle(); }
 
 }  // namespace details
+
+sp<IBinder> getOrCreateCachedBinder(IBase* ifacePtr) {
+    if (ifacePtr == nullptr) return nullptr;
+    if (ifacePtr->isRemote()) return IInterface::asBinder(dynamic_cast<IInterface*>(ifacePtr));
+    sp<BHwBinder> cached = details::gBnMap->get(ifacePtr, wp<BHwBinder>()).promote();
+    if (cached != nullptr) return cached;
+    std::string descriptor;
+    ifacePtr->interfaceDescriptor([&](const hidl_string& d) { descriptor = d; }).isOk();
+    auto make = details::getBnConstructorMap().get(descriptor, nullptr);
+    if (!make) return nullptr;
+    sp<IBinder> stub = make(static_cast<void*>(ifacePtr));
+    details::gBnMap->set(ifacePtr, wp<BHwBinder>(static_cast<BHwBinder*>(stub.get())));
+    return stub;
+}
+
+sp<IServiceManager> defaultServiceManager() {
+    static sp<IServiceManager>* manager =
+        new sp<IServiceManager>(new details::HostServiceManager());
+    return *manager;
+}
+
 }  // namespace hardware
 }  // namespace android

@@ -1,11 +1,16 @@
 // Host build of the transport's support types: the text and vector types with the transport's
-// 16-byte layout (pointer, 32-bit length, owns-buffer flag), and the death-recipient interface.
+// 16-byte layout (pointer, 32-bit length, owns-buffer flag), the fixed-size array, handle and
+// memory types the generated interface code names, the death-recipient interface and the
+// toString helpers of generated types.
 #ifndef HIDL_HIDLSUPPORT_H
 #define HIDL_HIDLSUPPORT_H
 
+#include <cutils/native_handle.h>
+#include <hidl/HidlInstrumentor.h>
 #include <utils/RefBase.h>
 #include <utils/StrongPointer.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -13,6 +18,7 @@
 #include <initializer_list>
 #include <iterator>
 #include <new>
+#include <sstream>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -87,6 +93,8 @@ struct hidl_string {
         mSize = static_cast<uint32_t>(size);
     }
 
+    static constexpr size_t kOffsetOfBuffer = 0;
+
   private:
     static constexpr const char* kEmpty = "";
     void copyFrom(const char* data, size_t size) {
@@ -119,6 +127,9 @@ inline bool operator==(const hidl_string& a, const hidl_string& b) {
 }
 inline bool operator!=(const hidl_string& a, const hidl_string& b) { return !(a == b); }
 inline bool operator==(const hidl_string& a, const char* b) { return a == hidl_string(b); }
+inline bool operator<(const hidl_string& a, const hidl_string& b) {
+    return std::string(a) < std::string(b);
+}
 
 template <typename T>
 struct hidl_vec {
@@ -179,6 +190,8 @@ struct hidl_vec {
         mOwnsBuffer = false;
     }
 
+    static constexpr size_t kOffsetOfBuffer = 0;
+
   private:
     void assignRange(const T* src, size_t n) {
         resize(n);
@@ -199,11 +212,140 @@ struct hidl_vec {
 };
 static_assert(sizeof(hidl_vec<int32_t>) == 16, "hidl_vec is 16 bytes on the wire");
 
+template <typename T>
+bool operator==(const hidl_vec<T>& a, const hidl_vec<T>& b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i) {
+        if (!(a[i] == b[i])) return false;
+    }
+    return true;
+}
+template <typename T>
+bool operator!=(const hidl_vec<T>& a, const hidl_vec<T>& b) {
+    return !(a == b);
+}
+
+// A fixed-size array, as the transport lays it out: the elements and nothing else.
+template <typename T, size_t N>
+struct hidl_array {
+    hidl_array() = default;
+    hidl_array(const T (&in)[N]) {  // NOLINT(google-explicit-constructor)
+        for (size_t i = 0; i < N; ++i) mBuffer[i] = in[i];
+    }
+    T& operator[](size_t i) { return mBuffer[i]; }
+    const T& operator[](size_t i) const { return mBuffer[i]; }
+    T* data() { return mBuffer; }
+    const T* data() const { return mBuffer; }
+    static constexpr size_t size() { return N; }
+    bool operator==(const hidl_array& other) const {
+        for (size_t i = 0; i < N; ++i) {
+            if (!(mBuffer[i] == other.mBuffer[i])) return false;
+        }
+        return true;
+    }
+
+  private:
+    T mBuffer[N] = {};
+};
+
+// A native handle reference (file descriptors); the host transport never carries one.
+struct hidl_handle {
+    hidl_handle() = default;
+    hidl_handle(const native_handle_t* handle) : mHandle(handle) {}  // NOLINT
+    hidl_handle& operator=(const native_handle_t* handle) {
+        mHandle = handle;
+        mOwnsHandle = false;
+        return *this;
+    }
+    const native_handle_t* getNativeHandle() const { return mHandle.get(); }
+    operator const native_handle_t*() const { return mHandle.get(); }  // NOLINT
+    bool operator==(const hidl_handle& other) const { return mHandle.get() == other.mHandle.get(); }
+    static constexpr size_t kOffsetOfNativeHandle = 0;
+
+  private:
+    details::hidl_pointer<const native_handle_t> mHandle;
+    bool mOwnsHandle = false;
+};
+static_assert(sizeof(hidl_handle) == 16, "hidl_handle is 16 bytes on the wire");
+
+struct hidl_memory {
+    hidl_memory() = default;
+    const hidl_handle& handle() const { return mHandle; }
+    uint64_t size() const { return mSize; }
+    const hidl_string& name() const { return mName; }
+
+  private:
+    hidl_handle mHandle;
+    uint64_t mSize = 0;
+    hidl_string mName;
+};
+static_assert(sizeof(hidl_memory) == 40, "hidl_memory is 40 bytes on the wire");
+
+// The underlying integer of an enumeration used as a set of flags.
+template <typename Enum>
+using hidl_bitfield = std::underlying_type_t<Enum>;
+
 // Told when a service that it was linked to dies; cookie is the one given to linkToDeath.
 struct hidl_death_recipient : virtual public RefBase {
     virtual void serviceDied(uint64_t cookie,
                              const wp<::android::hidl::base::V1_0::IBase>& who) = 0;
 };
+
+namespace details {
+// Kind tags the generated classes carry.
+struct i_tag {};
+struct bnhw_tag {};
+struct bphw_tag {};
+struct bs_tag {};
+
+// Every value of an enumeration, specialised by generated code.
+template <typename T>
+constexpr void* hidl_enum_values = nullptr;
+
+template <typename T>
+std::string toHexString(T value) {
+    std::ostringstream os;
+    os << std::hex << "0x" << static_cast<uint64_t>(value);
+    return os.str();
+}
+}  // namespace details
+
+// What generated toString functions print for the transport's own types.
+inline std::string toString(const hidl_string& s) { return "\"" + std::string(s) + "\""; }
+inline std::string toString(bool b) { return b ? "true" : "false"; }
+template <typename T, typename = std::enable_if_t<std::is_arithmetic_v<T>>>
+std::string toString(T value) {
+    return std::to_string(value);
+}
+inline std::string toString(const hidl_handle& h) {
+    return h.getNativeHandle() == nullptr ? "(null)" : "(handle)";
+}
+inline std::string toString(const hidl_memory& m) {
+    return "memory{.name = " + toString(m.name()) + ", .size = " + std::to_string(m.size()) + "}";
+}
+template <typename T>
+std::string toString(const hidl_vec<T>& v) {
+    std::string out = "[";
+    for (size_t i = 0; i < v.size(); ++i) {
+        if (i != 0) out += ", ";
+        using ::android::hardware::toString;
+        out += toString(v[i]);
+    }
+    return out + "]";
+}
+template <typename T, size_t N>
+std::string toString(const hidl_array<T, N>& a) {
+    std::string out = "[";
+    for (size_t i = 0; i < N; ++i) {
+        if (i != 0) out += ", ";
+        out += toString(a[i]);
+    }
+    return out + "]";
+}
+template <typename I>
+std::string toString(const sp<I>& o) {
+    return o == nullptr ? "(null)" : "(interface)";
+}
 
 }  // namespace hardware
 }  // namespace android

@@ -18,6 +18,14 @@ class Status final {
   public:
     enum Exception : int32_t {
         EX_NONE = 0,
+        EX_SECURITY = -1,
+        EX_BAD_PARCELABLE = -2,
+        EX_ILLEGAL_ARGUMENT = -3,
+        EX_NULL_POINTER = -4,
+        EX_ILLEGAL_STATE = -5,
+        EX_NETWORK_MAIN_THREAD = -6,
+        EX_UNSUPPORTED_OPERATION = -7,
+        EX_HAS_REPLY_HEADER = -128,
         EX_TRANSACTION_FAILED = -129,
     };
 
@@ -32,11 +40,29 @@ class Status final {
         return s;
     }
 
+    static Status fromExceptionCode(int32_t exception, const char* message = nullptr) {
+        Status s;
+        s.mException = exception;
+        if (exception == EX_TRANSACTION_FAILED) s.mErrorCode = FAILED_TRANSACTION;
+        if (message != nullptr) s.mMessage = message;
+        return s;
+    }
+    // What generated client code records after each call; kCallbackWithheld (a host-only value,
+    // see hwbinder/Parcel.h) leaves the call successful.
+    void setFromStatusT(status_t status) {
+        *this = status == kCallbackWithheldStatus ? Status() : fromStatusT(status);
+    }
+    static constexpr status_t kCallbackWithheldStatus = -0x7e57;
+
     bool isOk() const { return mException == EX_NONE; }
+    const std::string& exceptionMessage() const { return mMessage; }
     int32_t exceptionCode() const { return mException; }
     status_t transactionError() const { return mErrorCode; }
     std::string description() const {
         if (isOk()) return "No error";
+        if (mException != EX_TRANSACTION_FAILED) {
+            return "Status(" + std::to_string(mException) + "): '" + mMessage + "'";
+        }
         return "Status(EX_TRANSACTION_FAILED): '" +
                std::string(mErrorCode == DEAD_OBJECT ? "DEAD_OBJECT" : "UNKNOWN_ERROR") + "'";
     }
@@ -44,6 +70,7 @@ class Status final {
   private:
     int32_t mException = EX_NONE;
     status_t mErrorCode = OK;
+    std::string mMessage;
 };
 
 namespace details {

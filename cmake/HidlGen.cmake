@@ -1,0 +1,73 @@
+# Interface code generated from the .hal packages by the interface compiler (hidl-gen): C++
+# headers and sources in the build tree, never in git. Every package is also run through
+# hidl-gen's checker as a test.
+find_program(HIDL_GEN hidl-gen REQUIRED)
+
+set(HIDL_GEN_ROOTS
+  -r android.hidl:${PROJECT_SOURCE_DIR}/platform/hidl-interfaces
+  -r vendor.tavrin.hardware:${PROJECT_SOURCE_DIR}/hal/interfaces)
+set(HIDL_GEN_INCLUDE_DIR ${CMAKE_BINARY_DIR}/hidl-gen/include)
+set(HIDL_GEN_SOURCE_DIR ${CMAKE_BINARY_DIR}/hidl-gen/src)
+file(GLOB_RECURSE HIDL_GEN_HAL_FILES CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/platform/hidl-interfaces/*.hal ${PROJECT_SOURCE_DIR}/hal/interfaces/*.hal)
+
+set(HIDL_GEN_PACKAGES)
+set(HIDL_GEN_SOURCES)
+set(HIDL_GEN_HEADERS)
+
+# hidl_gen_package(<package>@<version> <root dir of the package's root>)
+# Appends the package's generated sources to HIDL_GEN_SOURCES.
+function(hidl_gen_package fqname root_dir)
+  string(REGEX MATCH "^([a-z.]+)@([0-9]+)\\.([0-9]+)$" _ ${fqname})
+  set(package ${CMAKE_MATCH_1})
+  set(ver ${CMAKE_MATCH_2}.${CMAKE_MATCH_3})
+  string(REPLACE "." "/" package_path ${package})
+  # Files sit under <root>/<package minus the root's prefix>/<version>/.
+  string(REGEX REPLACE "^(android\\.hidl|vendor\\.tavrin\\.hardware)\\." "" sub ${package})
+  string(REPLACE "." "/" sub_path ${sub})
+  set(hal_dir ${root_dir}/${sub_path}/${ver})
+  set(out_dir ${package_path}/${ver})
+  file(GLOB hal_files ${hal_dir}/*.hal)
+  set(headers)
+  set(sources)
+  foreach(hal ${hal_files})
+    get_filename_component(name ${hal} NAME_WE)
+    if(name STREQUAL "types")
+      list(APPEND headers ${HIDL_GEN_INCLUDE_DIR}/${out_dir}/types.h ${HIDL_GEN_INCLUDE_DIR}/${out_dir}/hwtypes.h)
+      list(APPEND sources ${HIDL_GEN_SOURCE_DIR}/${out_dir}/types.cpp)
+    else()
+      string(REGEX REPLACE "^I" "" base ${name})
+      foreach(h I${base} IHw${base} BnHw${base} BpHw${base} Bs${base})
+        list(APPEND headers ${HIDL_GEN_INCLUDE_DIR}/${out_dir}/${h}.h)
+      endforeach()
+      list(APPEND sources ${HIDL_GEN_SOURCE_DIR}/${out_dir}/${base}All.cpp)
+    endif()
+  endforeach()
+  add_custom_command(
+    OUTPUT ${headers} ${sources}
+    COMMAND ${HIDL_GEN} ${HIDL_GEN_ROOTS} -o ${HIDL_GEN_INCLUDE_DIR} -Lc++-headers ${fqname}
+    COMMAND ${HIDL_GEN} ${HIDL_GEN_ROOTS} -o ${HIDL_GEN_SOURCE_DIR} -Lc++-sources ${fqname}
+    DEPENDS ${HIDL_GEN_HAL_FILES}
+    COMMENT "hidl-gen ${fqname}"
+    VERBATIM)
+  set(HIDL_GEN_PACKAGES ${HIDL_GEN_PACKAGES} ${fqname} PARENT_SCOPE)
+  set(HIDL_GEN_SOURCES ${HIDL_GEN_SOURCES} ${sources} PARENT_SCOPE)
+  set(HIDL_GEN_HEADERS ${HIDL_GEN_HEADERS} ${headers} PARENT_SCOPE)
+endfunction()
+
+foreach(pkg android.hidl.base@1.0 android.hidl.manager@1.0)
+  hidl_gen_package(${pkg} ${PROJECT_SOURCE_DIR}/platform/hidl-interfaces)
+endforeach()
+foreach(pkg kxfactoryinterface@1.0 kxfactoryinterface@1.1 kxdisplay@1.0 kxdisplay@1.1 tp@1.0
+            sensors@1.0 sensors@1.1 power@1.0 light@2.0 otherdevices@1.0)
+  hidl_gen_package(vendor.tavrin.hardware.${pkg} ${PROJECT_SOURCE_DIR}/hal/interfaces)
+endforeach()
+
+# Headers first: every target that includes them depends on this one.
+add_custom_target(hidl_gen_headers DEPENDS ${HIDL_GEN_HEADERS} ${HIDL_GEN_SOURCES})
+add_library(hidl_gen_interface INTERFACE)
+target_include_directories(hidl_gen_interface INTERFACE ${HIDL_GEN_INCLUDE_DIR})
+add_dependencies(hidl_gen_interface hidl_gen_headers)
+
+add_test(NAME hidl_gen_check
+  COMMAND ${HIDL_GEN} ${HIDL_GEN_ROOTS} -Lcheck ${HIDL_GEN_PACKAGES})
