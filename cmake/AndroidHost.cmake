@@ -34,3 +34,6 @@ find_package(Java 17 REQUIRED COMPONENTS Development Runtime)
 find_package(GTest REQUIRED)
 
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+# Interface code generated from the .hal packages.
+include(${CMAKE_CURRENT_LIST_DIR}/HidlGen.cmake)

@@ -71,3 +71,20 @@ add_dependencies(hidl_gen_interface hidl_gen_headers)
 
 add_test(NAME hidl_gen_check
   COMMAND ${HIDL_GEN} ${HIDL_GEN_ROOTS} -Lcheck ${HIDL_GEN_PACKAGES})
+
+# hidl_gen_impl(<package>@<version> <name> <out var>): the interface compiler's default
+# implementation of the version's interface (every operation answers nothing), for services
+# that serve only some operations. Sources go to <out var>; headers are found as
+# "<last package component>/<name>.h" under HIDL_GEN_IMPL_DIR.
+set(HIDL_GEN_IMPL_DIR ${CMAKE_BINARY_DIR}/hidl-gen/impl)
+function(hidl_gen_impl fqname name out_var)
+  string(REGEX MATCH "\\.([a-z]+)@" _ ${fqname})
+  set(dir ${HIDL_GEN_IMPL_DIR}/${CMAKE_MATCH_1})
+  add_custom_command(
+    OUTPUT ${dir}/${name}.h ${dir}/${name}.cpp
+    COMMAND ${HIDL_GEN} ${HIDL_GEN_ROOTS} -o ${dir} -Lc++-impl ${fqname}
+    DEPENDS ${HIDL_GEN_HAL_FILES}
+    COMMENT "hidl-gen -Lc++-impl ${fqname}"
+    VERBATIM)
+  set(${out_var} ${${out_var}} ${dir}/${name}.cpp PARENT_SCOPE)
+endfunction()

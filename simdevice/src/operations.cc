@@ -1,5 +1,5 @@
-// The operations the native library calls, per service, with their positions, shapes and the
-// answers of a healthy device.
+// The operations the native library calls, per service, with their shapes and the answers of a
+// healthy device. Positions are the interfaces' own: the transport reports them with each call.
 #include <cstdio>
 #include <cstdlib>
 
@@ -15,94 +15,94 @@ constexpr Type BOOL = Type::kBool;
 constexpr Type STR = Type::kString;
 constexpr Type VEC = Type::kInt32Vector;
 
-OperationInfo Value(const char* name, uint32_t position, const char* version,
-                    std::vector<Field> args, Field answer) {
-    return OperationInfo{name, position, version, std::move(args), false, {answer}};
+OperationInfo Value(const char* name, const char* version, std::vector<Field> args,
+                    Field answer) {
+    return OperationInfo{name, version, std::move(args), false, {answer}};
 }
 
-OperationInfo Callback(const char* name, uint32_t position, const char* version,
-                       std::vector<Field> args, std::vector<Field> answers) {
-    return OperationInfo{name, position, version, std::move(args), true, std::move(answers)};
+OperationInfo Callback(const char* name, const char* version, std::vector<Field> args,
+                       std::vector<Field> answers) {
+    return OperationInfo{name, version, std::move(args), true, std::move(answers)};
 }
 
 std::vector<OperationInfo> FactoryOperations() {
     return {
-        Value("isFactoryVersion", 1, "1.0", {}, {BOOL, "isFactory"}),
-        Callback("getManufactureFileName", 2, "1.0", {}, {{I32, "code"}, {STR, "fileName"}}),
-        Value("setMmiTestResult", 3, "1.0", {{I32, "first"}, {I32, "second"}}, {I32, "result"}),
-        Callback("getFactoryInfo", 4, "1.0", {{I32, "infoKind"}}, {{I32, "code"}, {STR, "value"}}),
-        Value("setFactoryInfo", 5, "1.0", {{I32, "infoKind"}, {STR, "value"}}, {I32, "result"}),
-        Callback("getManufactureStationFlag", 6, "1.0", {{I32, "stationId"}},
+        Value("isFactoryVersion", "1.0", {}, {BOOL, "isFactory"}),
+        Callback("getManufactureFileName", "1.0", {}, {{I32, "code"}, {STR, "fileName"}}),
+        Value("setMmiTestResult", "1.0", {{I32, "first"}, {I32, "second"}}, {I32, "result"}),
+        Callback("getFactoryInfo", "1.0", {{I32, "infoKind"}}, {{I32, "code"}, {STR, "value"}}),
+        Value("setFactoryInfo", "1.0", {{I32, "infoKind"}, {STR, "value"}}, {I32, "result"}),
+        Callback("getManufactureStationFlag", "1.0", {{I32, "stationId"}},
                  {{I32, "code"}, {STR, "stationFlag"}}),
-        Value("getMmiDeviceFeaturesCheckResult", 20, "1.0", {{I32, "feature"}}, {I32, "result"}),
-        Callback("executeHighTemperInterceptCmd", 27, "1.0",
+        Value("getMmiDeviceFeaturesCheckResult", "1.0", {{I32, "feature"}}, {I32, "result"}),
+        Callback("executeHighTemperInterceptCmd", "1.0",
                  {{STR, "testScene"}, {STR, "parameters"}},
                  {{I32, "resultCode"}, {STR, "resultInfo"}}),
-        Value("sendBigDataOperation", 47, "1.0", {{Type::kFmdOperation, "operation"}},
+        Value("sendBigDataOperation", "1.0", {{Type::kFmdOperation, "operation"}},
               {I32, "result"}),
-        Value("sendBigDataValue", 48, "1.0", {{Type::kFmdMsg, "msg"}}, {I32, "result"}),
-        Value("releaseFactoryHidlResource", 50, "1.0", {}, {I32, "result"}),
-        Callback("readOeminfo", 53, "1.1", {{I32, "a"}, {I32, "b"}, {I32, "c"}},
+        Value("sendBigDataValue", "1.0", {{Type::kFmdMsg, "msg"}}, {I32, "result"}),
+        Value("releaseFactoryHidlResource", "1.0", {}, {I32, "result"}),
+        Callback("readOeminfo", "1.1", {{I32, "a"}, {I32, "b"}, {I32, "c"}},
                  {{I32, "code"}, {STR, "data"}}),
-        Value("writeOeminfo", 57, "1.1", {{I32, "itemId"}, {I32, "size"}, {STR, "data"}},
+        Value("writeOeminfo", "1.1", {{I32, "itemId"}, {I32, "size"}, {STR, "data"}},
               {I32, "result"}),
-        Value("getManufactureMode", 64, "1.1", {}, {I32, "mode"}),
+        Value("getManufactureMode", "1.1", {}, {I32, "mode"}),
     };
 }
 
 std::vector<OperationInfo> DisplayOperations() {
     return {
-        Value("setDisplayFps", 23, "1.1", {{I32, "freqIndex"}}, {I32, "result"}),
-        Callback("getDisplayFpsConfig", 24, "1.1", {},
+        Value("setDisplayFps", "1.1", {{I32, "freqIndex"}}, {I32, "result"}),
+        Callback("getDisplayFpsConfig", "1.1", {},
                  {{Type::kDisplayRet, "result"}, {STR, "config"}}),
     };
 }
 
 std::vector<OperationInfo> TouchscreenOperations() {
     return {
-        Callback("getRotateCrownTestResult", 6, "1.0", {}, {{BOOL, "passed"}, {STR, "info"}}),
-        Callback("getCapacitanceTestResult", 11, "1.0", {}, {{I32, "ret"}, {STR, "failInfo"}}),
-        Callback("getCapacitanceCalibrateResult", 13, "1.0", {{I32, "value"}},
+        Callback("getRotateCrownTestResult", "1.0", {}, {{BOOL, "passed"}, {STR, "info"}}),
+        Callback("getCapacitanceTestResult", "1.0", {}, {{I32, "ret"}, {STR, "failInfo"}}),
+        Callback("getCapacitanceCalibrateResult", "1.0", {{I32, "value"}},
                  {{I32, "ret"}, {STR, "info"}}),
-        Value("getTpPressureWaitingTime", 16, "1.0", {}, {I64, "waitingTime"}),
-        Value("isTpPressureSupported", 17, "1.0", {}, {BOOL, "supported"}),
-        Value("getTpPressureStatus", 20, "1.0", {}, {I32, "status"}),
-        Value("getTpPressureVerifyResult", 25, "1.0", {{I32, "value"}}, {I32, "result"}),
-        Value("controlTpPressureCalibMode0", 26, "1.0", {}, {BOOL, "success"}),
-        Value("controlTpPressureCalibMode1", 27, "1.0", {}, {BOOL, "success"}),
-        Value("setTpPressureCalibration0", 28, "1.0", {{I32, "index"}}, {BOOL, "success"}),
-        Value("setTpPressureCalibration1", 29, "1.0", {{I32, "index"}}, {BOOL, "success"}),
-        Value("setTpPressureVerification0", 30, "1.0", {{I32, "index"}}, {BOOL, "success"}),
-        Value("setTpPressureVerification1", 31, "1.0", {{I32, "index"}}, {BOOL, "success"}),
-        Value("checkTpPressureCalibPosition", 33, "1.0", {{I32, "x"}, {I32, "y"}, {I32, "z"}},
+        Value("getTpPressureWaitingTime", "1.0", {}, {I64, "waitingTime"}),
+        Value("isTpPressureSupported", "1.0", {}, {BOOL, "supported"}),
+        Value("getTpPressureStatus", "1.0", {}, {I32, "status"}),
+        Value("getTpPressureVerifyResult", "1.0", {{I32, "value"}}, {I32, "result"}),
+        Value("controlTpPressureCalibMode0", "1.0", {}, {BOOL, "success"}),
+        Value("controlTpPressureCalibMode1", "1.0", {}, {BOOL, "success"}),
+        Value("setTpPressureCalibration0", "1.0", {{I32, "index"}}, {BOOL, "success"}),
+        Value("setTpPressureCalibration1", "1.0", {{I32, "index"}}, {BOOL, "success"}),
+        Value("setTpPressureVerification0", "1.0", {{I32, "index"}}, {BOOL, "success"}),
+        Value("setTpPressureVerification1", "1.0", {{I32, "index"}}, {BOOL, "success"}),
+        Value("checkTpPressureCalibPosition", "1.0", {{I32, "x"}, {I32, "y"}, {I32, "z"}},
               {I32, "result"}),
-        Value("setTouchScreenFeatureConfig", 39, "1.0", {{I32, "feature"}, {STR, "config"}},
+        Value("setTouchScreenFeatureConfig", "1.0", {{I32, "feature"}, {STR, "config"}},
               {I32, "result"}),
     };
 }
 
 std::vector<OperationInfo> SensorsOperations() {
     return {
-        Value("getSensorCalibrateDelayTime", 11, "1.0", {{I32, "sensorId"}}, {I32, "delayTime"}),
-        Value("getSensorSelfTestDelayTime", 12, "1.0", {{I32, "sensorId"}}, {I32, "delayTime"}),
-        Value("startSensorCalibrate", 13, "1.0", {{I32, "sensorId"}, {I32, "command"}},
+        Value("getSensorCalibrateDelayTime", "1.0", {{I32, "sensorId"}}, {I32, "delayTime"}),
+        Value("getSensorSelfTestDelayTime", "1.0", {{I32, "sensorId"}}, {I32, "delayTime"}),
+        Value("startSensorCalibrate", "1.0", {{I32, "sensorId"}, {I32, "command"}},
               {I32, "result"}),
-        Value("getSensorCalibrateResult", 14, "1.0", {{I32, "sensorId"}}, {I32, "result"}),
-        Value("startSensorSelfTest", 15, "1.0", {{I32, "sensorId"}, {I32, "command"}},
+        Value("getSensorCalibrateResult", "1.0", {{I32, "sensorId"}}, {I32, "result"}),
+        Value("startSensorSelfTest", "1.0", {{I32, "sensorId"}, {I32, "command"}},
               {I32, "result"}),
-        Value("getSensorSelfTestResult", 16, "1.0", {{I32, "sensorId"}}, {I32, "result"}),
-        Callback("getSensorCalibrateType", 17, "1.0", {{I32, "sensorId"}, {I32, "flag"}},
+        Value("getSensorSelfTestResult", "1.0", {{I32, "sensorId"}}, {I32, "result"}),
+        Callback("getSensorCalibrateType", "1.0", {{I32, "sensorId"}, {I32, "flag"}},
                  {{I32, "resultCode"}, {STR, "calibType"}}),
-        Value("getCompassRawValueLimit", 20, "1.0", {}, {I32, "limit"}),
-        Value("setApPressureCalibrationExtern", 21, "1.0",
+        Value("getCompassRawValueLimit", "1.0", {}, {I32, "limit"}),
+        Value("setApPressureCalibrationExtern", "1.0",
               {{I32, "sensorId"}, {I32, "testCtrl"}, {VEC, "rawData"}}, {I32, "result"}),
-        Callback("getFlickerRawData", 24, "1.0", {{I32, "value"}},
+        Callback("getFlickerRawData", "1.0", {{I32, "value"}},
                  {{I32, "resultCode"}, {VEC, "samples"}}),
-        Value("setPsExternalIrMode", 25, "1.0", {{I32, "mode"}}, {I32, "result"}),
-        Value("sensorActivate", 28, "1.0",
+        Value("setPsExternalIrMode", "1.0", {{I32, "mode"}}, {I32, "result"}),
+        Value("sensorActivate", "1.0",
               {{I32, "sensorType"}, {BOOL, "enable"}, {I64, "samplingRate"}},
               {I32, "activeResult"}),
-        Callback("handleSensorParameter", 29, "1.1",
+        Callback("handleSensorParameter", "1.1",
                  {{I32, "sensorId"}, {I32, "mainCmd"}, {I32, "subCmd"}, {I32, "length"}},
                  {{I32, "ret"}, {STR, "info"}, {VEC, "values"}}),
     };
@@ -110,9 +110,9 @@ std::vector<OperationInfo> SensorsOperations() {
 
 std::vector<OperationInfo> PowerOperations() {
     return {
-        Callback("getPowerState", 5, "1.0", {{STR, "query"}}, {{I32, "code"}, {STR, "info"}}),
-        Value("setPowerState", 6, "1.0", {{STR, "testScene"}, {STR, "para"}}, {I32, "result"}),
-        Callback("checkUsbSpeed", 9, "1.0",
+        Callback("getPowerState", "1.0", {{STR, "query"}}, {{I32, "code"}, {STR, "info"}}),
+        Value("setPowerState", "1.0", {{STR, "testScene"}, {STR, "para"}}, {I32, "result"}),
+        Callback("checkUsbSpeed", "1.0",
                  {{STR, "scene"}, {STR, "arg1"}, {STR, "arg2"}, {STR, "arg3"}},
                  {{I32, "code"}, {STR, "info"}}),
     };
@@ -120,16 +120,16 @@ std::vector<OperationInfo> PowerOperations() {
 
 std::vector<OperationInfo> LightOperations() {
     return {
-        Value("setLightBrightness", 5, "2.0", {{I32, "lightId"}, {I32, "brightness"}},
+        Value("setLightBrightness", "2.0", {{I32, "lightId"}, {I32, "brightness"}},
               {I32, "result"}),
     };
 }
 
 std::vector<OperationInfo> OtherdevicesOperations() {
     return {
-        Callback("getTouchkeyCapacitanceTestResult", 1, "1.0", {{I32, "value"}},
+        Callback("getTouchkeyCapacitanceTestResult", "1.0", {{I32, "value"}},
                  {{I32, "ret"}, {STR, "failInfo"}}),
-        Value("getTouchKeySupportState", 2, "1.0", {{I32, "value"}}, {I32, "state"}),
+        Value("getTouchKeySupportState", "1.0", {{I32, "value"}}, {I32, "state"}),
     };
 }
 

@@ -1,15 +1,18 @@
 // The seven service objects. Each operation hands its arguments to the device core, which records
 // the call and says what to answer; the object then returns the value, invokes the callback, or
-// fails the transaction.
+// fails the transaction. They derive from the interface compiler's default implementations
+// (hidl-gen -Lc++-impl, made at build time), which also serve the reserved operations that the
+// library never calls.
 #include <hidl/HostTransport.h>
 #include <vendor/tavrin/hardware/kxdisplay/1.0/types.h>
-#include <vendor/tavrin/hardware/kxdisplay/1.1/IDisplay.h>
-#include <vendor/tavrin/hardware/kxfactoryinterface/1.1/IKxFactoryInterface.h>
-#include <vendor/tavrin/hardware/light/2.0/ILight.h>
-#include <vendor/tavrin/hardware/otherdevices/1.0/IOtherdevices.h>
-#include <vendor/tavrin/hardware/power/1.0/IKXPower.h>
-#include <vendor/tavrin/hardware/sensors/1.1/ISensors.h>
-#include <vendor/tavrin/hardware/tp/1.0/ITouchscreen.h>
+
+#include "kxdisplay/Display.h"
+#include "kxfactoryinterface/KxFactoryInterface.h"
+#include "light/Light.h"
+#include "otherdevices/Otherdevices.h"
+#include "power/KXPower.h"
+#include "sensors/Sensors.h"
+#include "tp/Touchscreen.h"
 
 #include <functional>
 #include <type_traits>
@@ -75,9 +78,10 @@ class Dispatcher {
         switch (answer.kind()) {
             case Answer::Kind::kTransportError:
                 ::android::hardware::details::failCurrentTransaction();
-                return Void();
+                return Unanswered(cb);
             case Answer::Kind::kNoCallback:
-                return Void();
+                ::android::hardware::details::withholdCurrentCallback();
+                return Unanswered(cb);
             case Answer::Kind::kValues:
                 break;
         }
@@ -86,6 +90,16 @@ class Dispatcher {
     }
 
   private:
+    // The generated stub insists on exactly one callback per call; the transport keeps this one
+    // from the client.
+    template <typename... Ts>
+    static Return<void> Unanswered(const std::function<void(Ts...)>& cb) {
+        if (cb && ::android::hardware::details::currentTransaction() != nullptr) {
+            cb(std::decay_t<Ts>{}...);
+        }
+        return Void();
+    }
+
     template <typename... Ts, size_t... I>
     static void Invoke(const std::function<void(Ts...)>& cb,
                        const std::vector<Answer::Value>& values, std::index_sequence<I...>) {
@@ -98,7 +112,7 @@ class Dispatcher {
 
 using OnlyV10 = std::shared_ptr<std::atomic<bool>>;
 
-class FactoryService : public factory::V1_1::IKxFactoryInterface {
+class FactoryService : public factory::V1_1::implementation::KxFactoryInterface {
   public:
     FactoryService(std::shared_ptr<Core> core, OnlyV10 only)
         : d_(std::move(core), Service::kFactory), only_v10_(std::move(only)) {}
@@ -157,7 +171,7 @@ class FactoryService : public factory::V1_1::IKxFactoryInterface {
     const OnlyV10 only_v10_;
 };
 
-class DisplayService : public display::V1_1::IDisplay {
+class DisplayService : public display::V1_1::implementation::Display {
   public:
     DisplayService(std::shared_ptr<Core> core, OnlyV10 only)
         : d_(std::move(core), Service::kDisplay), only_v10_(std::move(only)) {}
@@ -179,7 +193,7 @@ class DisplayService : public display::V1_1::IDisplay {
     const OnlyV10 only_v10_;
 };
 
-class TouchscreenService : public tp::V1_0::ITouchscreen {
+class TouchscreenService : public tp::V1_0::implementation::Touchscreen {
   public:
     explicit TouchscreenService(std::shared_ptr<Core> core)
         : d_(std::move(core), Service::kTouchscreen) {}
@@ -236,7 +250,7 @@ class TouchscreenService : public tp::V1_0::ITouchscreen {
     const Dispatcher d_;
 };
 
-class SensorsService : public sensors::V1_1::ISensors {
+class SensorsService : public sensors::V1_1::implementation::Sensors {
   public:
     SensorsService(std::shared_ptr<Core> core, OnlyV10 only)
         : d_(std::move(core), Service::kSensors), only_v10_(std::move(only)) {}
@@ -294,7 +308,7 @@ class SensorsService : public sensors::V1_1::ISensors {
     const OnlyV10 only_v10_;
 };
 
-class PowerService : public power::V1_0::IKXPower {
+class PowerService : public power::V1_0::implementation::KXPower {
   public:
     explicit PowerService(std::shared_ptr<Core> core) : d_(std::move(core), Service::kPower) {}
 
@@ -314,7 +328,7 @@ class PowerService : public power::V1_0::IKXPower {
     const Dispatcher d_;
 };
 
-class LightService : public light::V2_0::ILight {
+class LightService : public light::V2_0::implementation::Light {
   public:
     explicit LightService(std::shared_ptr<Core> core) : d_(std::move(core), Service::kLight) {}
 
@@ -326,7 +340,7 @@ class LightService : public light::V2_0::ILight {
     const Dispatcher d_;
 };
 
-class OtherdevicesService : public otherdevices::V1_0::IOtherdevices {
+class OtherdevicesService : public otherdevices::V1_0::implementation::Otherdevices {
   public:
     explicit OtherdevicesService(std::shared_ptr<Core> core)
         : d_(std::move(core), Service::kOtherdevices) {}

@@ -1,4 +1,5 @@
 // Lifecycle of the simulated services: configuration, registration, death and revival.
+#include <hidl/HidlTransportSupport.h>
 #include <hidl/HostTransport.h>
 
 #include "internal.h"

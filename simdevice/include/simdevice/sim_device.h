@@ -84,10 +84,9 @@ struct Field {
     const char* name;
 };
 
-// One operation of a service, at its position in the interface that declares it.
+// One operation of a service.
 struct OperationInfo {
     const char* name;
-    uint32_t position;
     const char* version;  // of the interface that declares it: "1.0", "1.1" or "2.0"
     std::vector<Field> args;
     bool callback;               // answers through a callback rather than a returned value
