@@ -151,6 +151,10 @@ class ServiceNode : public virtual RefBase {
                                     [&](const Link& l) { return l.binder == binder; }),
                      mLinks.end());
     }
+    size_t linkCount() const {
+        std::lock_guard<std::mutex> lock(mLock);
+        return mLinks.size();
+    }
     // Posts binderDied to every linked recipient that still exists when the report runs.
     void die() {
         std::vector<Link> links;
@@ -414,6 +418,11 @@ void resetServiceManager() {
     }
     for (const sp<ServiceNode>& node : nodes) node->die();
     waitForTransportIdle();
+}
+
+size_t deathLinkCount(const std::string& descriptor, const std::string& name) {
+    sp<ServiceNode> node = findNode(descriptor, name);
+    return node == nullptr ? 0 : node->linkCount();
 }
 
 void postToTransport(std::function<void()> fn) { transport().post(std::move(fn)); }

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 namespace android {
 namespace hardware {
@@ -54,6 +55,8 @@ void resetServiceManager();
 void postToTransport(std::function<void()> fn);
 // Returns once every report posted so far has been delivered.
 void waitForTransportIdle();
+// Death links that live references hold to the service registered as descriptor and name.
+size_t deathLinkCount(const std::string& descriptor, const std::string& name);
 
 }  // namespace details
 }  // namespace hardware
