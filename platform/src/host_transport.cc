@@ -370,9 +370,10 @@ status_t registerAsServiceInternal(const sp<IBase>& service, const std::string& 
     }
     for (const std::string& descriptor : chain) {
         if (descriptor == IBase::descriptor) continue;
-        auto it = std::find_if(
-            r.registrations.begin(), r.registrations.end(),
-            [&](const Registration& reg) { return reg.descriptor == descriptor && reg.name == name; });
+        auto it = std::find_if(r.registrations.begin(), r.registrations.end(),
+                               [&](const Registration& reg) {
+                                   return reg.descriptor == descriptor && reg.name == name;
+                               });
         if (it != r.registrations.end()) {
             it->node = node;
         } else {

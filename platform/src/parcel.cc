@@ -73,7 +73,7 @@ status_t Parcel::readStatusHeader(int32_t* exception, std::string* message) cons
 }
 
 status_t Parcel::addBuffer(const void* buffer, size_t length, size_t* handle, bool embedded,
-                          size_t parentHandle, size_t parentOffset) {
+                           size_t parentHandle, size_t parentOffset) {
     Buffer b{std::make_unique<uint64_t[]>((length + 7) / 8 + 1), length, embedded, parentHandle,
              parentOffset};
     if (length != 0 && buffer != nullptr) std::memcpy(b.data.get(), buffer, length);

@@ -15,8 +15,7 @@ constexpr Type BOOL = Type::kBool;
 constexpr Type STR = Type::kString;
 constexpr Type VEC = Type::kInt32Vector;
 
-OperationInfo Value(const char* name, const char* version, std::vector<Field> args,
-                    Field answer) {
+OperationInfo Value(const char* name, const char* version, std::vector<Field> args, Field answer) {
     return OperationInfo{name, version, std::move(args), false, {answer}};
 }
 
@@ -35,11 +34,9 @@ std::vector<OperationInfo> FactoryOperations() {
         Callback("getManufactureStationFlag", "1.0", {{I32, "stationId"}},
                  {{I32, "code"}, {STR, "stationFlag"}}),
         Value("getMmiDeviceFeaturesCheckResult", "1.0", {{I32, "feature"}}, {I32, "result"}),
-        Callback("executeHighTemperInterceptCmd", "1.0",
-                 {{STR, "testScene"}, {STR, "parameters"}},
+        Callback("executeHighTemperInterceptCmd", "1.0", {{STR, "testScene"}, {STR, "parameters"}},
                  {{I32, "resultCode"}, {STR, "resultInfo"}}),
-        Value("sendBigDataOperation", "1.0", {{Type::kFmdOperation, "operation"}},
-              {I32, "result"}),
+        Value("sendBigDataOperation", "1.0", {{Type::kFmdOperation, "operation"}}, {I32, "result"}),
         Value("sendBigDataValue", "1.0", {{Type::kFmdMsg, "msg"}}, {I32, "result"}),
         Value("releaseFactoryHidlResource", "1.0", {}, {I32, "result"}),
         Callback("readOeminfo", "1.1", {{I32, "a"}, {I32, "b"}, {I32, "c"}},
@@ -88,8 +85,7 @@ std::vector<OperationInfo> SensorsOperations() {
         Value("startSensorCalibrate", "1.0", {{I32, "sensorId"}, {I32, "command"}},
               {I32, "result"}),
         Value("getSensorCalibrateResult", "1.0", {{I32, "sensorId"}}, {I32, "result"}),
-        Value("startSensorSelfTest", "1.0", {{I32, "sensorId"}, {I32, "command"}},
-              {I32, "result"}),
+        Value("startSensorSelfTest", "1.0", {{I32, "sensorId"}, {I32, "command"}}, {I32, "result"}),
         Value("getSensorSelfTestResult", "1.0", {{I32, "sensorId"}}, {I32, "result"}),
         Callback("getSensorCalibrateType", "1.0", {{I32, "sensorId"}, {I32, "flag"}},
                  {{I32, "resultCode"}, {STR, "calibType"}}),

@@ -6,6 +6,11 @@
 #include <hidl/HostTransport.h>
 #include <vendor/tavrin/hardware/kxdisplay/1.0/types.h>
 
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+#include "internal.h"
 #include "kxdisplay/Display.h"
 #include "kxfactoryinterface/KxFactoryInterface.h"
 #include "light/Light.h"
@@ -13,12 +18,6 @@
 #include "power/KXPower.h"
 #include "sensors/Sensors.h"
 #include "tp/Touchscreen.h"
-
-#include <functional>
-#include <type_traits>
-#include <utility>
-
-#include "internal.h"
 
 namespace simdevice {
 namespace internal {

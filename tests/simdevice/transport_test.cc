@@ -16,10 +16,10 @@
 #include <vendor/tavrin/hardware/tp/1.0/ITouchscreen.h>
 
 #include <algorithm>
-#include <functional>
-#include <mutex>
 #include <cstring>
+#include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -207,7 +207,8 @@ const T* ReadRecord(const Parcel& parcel) {
     const T* value = static_cast<const T*>(out);
     if constexpr (std::is_same_v<T, hidl_vec<int32_t>>) {
         size_t child = 0;
-        EXPECT_EQ(::android::hardware::readEmbeddedFromParcel(*value, parcel, handle, 0, &child), OK);
+        EXPECT_EQ(::android::hardware::readEmbeddedFromParcel(*value, parcel, handle, 0, &child),
+                  OK);
     } else if constexpr (std::is_same_v<T, hidl_string>) {
         EXPECT_EQ(::android::hardware::readEmbeddedFromParcel(*value, parcel, handle, 0), OK);
     } else {

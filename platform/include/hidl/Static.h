@@ -5,7 +5,6 @@
 
 #include <android/hidl/base/1.0/IBase.h>
 #include <hwbinder/IBinder.h>
-
 #include <sched.h>
 
 #ifndef SCHED_NORMAL

@@ -25,12 +25,13 @@ class IBinder : public virtual RefBase {
         virtual void binderDied(const wp<IBinder>& who) = 0;
     };
 
-    virtual status_t transact(uint32_t code, const Parcel& data, Parcel* reply,
-                              uint32_t flags = 0, TransactCallback callback = nullptr) = 0;
+    virtual status_t transact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags = 0,
+                              TransactCallback callback = nullptr) = 0;
     virtual status_t linkToDeath(const sp<DeathRecipient>& recipient, void* cookie = nullptr,
                                  uint32_t flags = 0) = 0;
     virtual status_t unlinkToDeath(const wp<DeathRecipient>& recipient, void* cookie = nullptr,
-                                   uint32_t flags = 0, wp<DeathRecipient>* outRecipient = nullptr) = 0;
+                                   uint32_t flags = 0,
+                                   wp<DeathRecipient>* outRecipient = nullptr) = 0;
     virtual BHwBinder* localBinder() { return nullptr; }
 };
 
