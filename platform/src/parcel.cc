@@ -1,3 +1,4 @@
+// The host parcel and the marshalling of the transport's own types.
 #include <hidl/HidlBinderSupport.h>
 #include <hwbinder/Parcel.h>
 
@@ -58,17 +59,16 @@ status_t Parcel::writeStatusHeader(int32_t exception, const std::string& message
 
 status_t Parcel::readStatusHeader(int32_t* exception, std::string* message) const {
     status_t err = readInt32(exception);
-    if (err != OK) return err;
-    mStatusRead = true;
-    if (*exception == Status::EX_NONE) return OK;
-    int32_t length = 0;
-    mStatusRead = false;  // the message belongs to the status
-    err = readInt32(&length);
-    if (err == OK && length >= 0) {
-        message->resize(static_cast<size_t>(length));
-        err = readBytes(message->data(), message->size());
+    if (err == OK && *exception != Status::EX_NONE) {
+        int32_t length = 0;
+        err = readInt32(&length);
+        if (err == OK && length < 0) err = BAD_VALUE;
+        if (err == OK) {
+            message->resize(static_cast<size_t>(length));
+            err = readBytes(message->data(), message->size());
+        }
     }
-    mStatusRead = true;
+    mStatusRead = true;  // from here on, what the service answered
     return err;
 }
 
