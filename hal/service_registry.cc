@@ -85,17 +85,28 @@ void Link(const sp<ServiceInterface<S>>& service, uint64_t cookie) {
     service->linkToDeath(holder, cookie).isOk();  // a refused link is not a connect failure
 }
 
+// Unlinks the handle from the holder while the handle still holds the service, then empties it.
+// Only passes write handles, and they never overlap, so the handle cannot change in between.
 template <Service S>
 void Release() {
-    sp<ServiceInterface<S>> service;
-    {
-        std::lock_guard<std::mutex> lock(g_handleLock);
-        service = Slot<S>();
-        Slot<S>() = nullptr;
-    }
+    sp<ServiceInterface<S>> service = Handle<S>();
     if (service == nullptr) return;
     sp<HidlUtil> holder = g_hidlUtil;
     service->unlinkToDeath(holder).isOk();  // a dead service's unlink fails; nothing to undo
+    std::lock_guard<std::mutex> lock(g_handleLock);
+    Slot<S>() = nullptr;
+}  // the proxy itself goes here, outside the lock
+
+// Counts connect and release passes, so that a support query can tell whether one began after it
+// took its handle; written together with the cache under the lock.
+uint32_t g_passCount = 0;
+std::mutex g_supportLock;
+
+// Opens a pass: the cache forgets its answer, and answers of queries begun before cannot set it.
+void BeginPass() {
+    std::lock_guard<std::mutex> lock(g_supportLock);
+    ++g_passCount;
+    g_tpPressureSupportCache.store(0);
 }
 
 }  // namespace
@@ -127,13 +138,23 @@ void WatchServices() {
 
 const std::string& EmptyText() { return g_emptyTextValue; }
 
+uint32_t SupportQueryStart() {
+    std::lock_guard<std::mutex> lock(g_supportLock);
+    return g_passCount;
+}
+
+void CacheTpPressureSupport(uint32_t queryStart) {
+    std::lock_guard<std::mutex> lock(g_supportLock);
+    if (g_passCount == queryStart) g_tpPressureSupportCache.store(1);
+}
+
 }  // namespace kxmmi
 
 void InitMmiNativeManager() {
     using namespace kxmmi;
     std::lock_guard<std::mutex> pass(g_passLock);
     KXLOGD("%s: InitMmiNativeManager");
-    g_tpPressureSupportCache.store(0);
+    BeginPass();
     if (auto s = Connect<Service::Factory>("kxfactoryinterface_hal")) {
         KXLOGD("%s: g_kxFactoryInterface linkToDeath");
         Link<Service::Factory>(s, 1);
@@ -168,7 +189,7 @@ void ExitMmiNativeManager() {
     using namespace kxmmi;
     std::lock_guard<std::mutex> pass(g_passLock);
     KXLOGD("%s: ExitMmiNativeManager");
-    g_tpPressureSupportCache.store(0);
+    BeginPass();
     Release<Service::Factory>();
     Release<Service::Display>();
     Release<Service::TouchScreen>();

@@ -78,6 +78,11 @@ void WatchServices();
 // The tp-pressure-support cache: 1 once the touchscreen said it supports pressure; cleared by
 // every connect and release.
 extern std::atomic<uint8_t> g_tpPressureSupportCache;
+// A support query notes this before it takes its handle and hands it to CacheTpPressureSupport,
+// which caches a true answer only if no connect or release pass has begun since: a query that
+// raced with a pass must not leave a cached true behind it.
+uint32_t SupportQueryStart();
+void CacheTpPressureSupport(uint32_t queryStart);
 
 // The process-wide empty text the record readers hand out on failure.
 const std::string& EmptyText();
