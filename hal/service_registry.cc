@@ -85,17 +85,11 @@ void Link(const sp<ServiceInterface<S>>& service, uint64_t cookie) {
     service->linkToDeath(holder, cookie).isOk();  // a refused link is not a connect failure
 }
 
-// Unlinks the handle from the holder while the handle still holds the service, then empties it.
-// Only passes write handles, and they never overlap, so the handle cannot change in between.
 template <Service S>
 void Release() {
-    sp<ServiceInterface<S>> service = Handle<S>();
-    if (service == nullptr) return;
     sp<HidlUtil> holder = g_hidlUtil;
-    service->unlinkToDeath(holder).isOk();  // a dead service's unlink fails; nothing to undo
-    std::lock_guard<std::mutex> lock(g_handleLock);
-    Slot<S>() = nullptr;
-}  // the proxy itself goes here, outside the lock
+    UnlinkAndEmpty(Slot<S>(), g_handleLock, holder);
+}
 
 // Counts connect and release passes, so that a support query can tell whether one began after it
 // took its handle; written together with the cache under the lock.

@@ -18,6 +18,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <string>
 
 // Connects all seven handles (also after any new service registration).
@@ -71,6 +72,23 @@ using ServiceInterface = typename ServiceTraits<S>::Interface;
 // concurrent release or re-connect by the event callbacks.
 template <Service S>
 ::android::sp<ServiceInterface<S>> Handle();
+
+// One row of a release pass: unlinks the handle from the holder while the handle still holds the
+// service, then empties it under lock. The unlink and the last reference to the proxy happen
+// outside the lock, which guards only the handle variable.
+template <typename I>
+void UnlinkAndEmpty(::android::sp<I>& handle, std::mutex& lock,
+                    const ::android::sp<HidlUtil>& holder) {
+    ::android::sp<I> service;
+    {
+        std::lock_guard<std::mutex> guard(lock);
+        service = handle;
+    }
+    if (service == nullptr) return;
+    service->unlinkToDeath(holder).isOk();  // a dead service's unlink fails; nothing to undo
+    std::lock_guard<std::mutex> guard(lock);
+    handle = nullptr;
+}
 
 // Registers the holder for registration reports of each of the seven interfaces.
 void WatchServices();
