@@ -91,16 +91,22 @@ void Release() {
     UnlinkAndEmpty(Slot<S>(), g_handleLock, holder);
 }
 
-// Counts connect and release passes, so that a support query can tell whether one began after it
-// took its handle; written together with the cache under the lock.
-uint32_t g_passCount = 0;
+// Counts the starts and ends of connect and release passes (odd while one runs), so that a support
+// query can tell whether its handle may have changed under it; written with the cache under lock.
+uint32_t g_passEdges = 0;
 std::mutex g_supportLock;
 
-// Opens a pass: the cache forgets its answer, and answers of queries begun before cannot set it.
+// Opens a pass: the cache forgets its answer, and no query begun before or during the pass can
+// set it again.
 void BeginPass() {
     std::lock_guard<std::mutex> lock(g_supportLock);
-    ++g_passCount;
+    ++g_passEdges;
     g_tpPressureSupportCache.store(0);
+}
+
+void EndPass() {
+    std::lock_guard<std::mutex> lock(g_supportLock);
+    ++g_passEdges;
 }
 
 }  // namespace
@@ -134,12 +140,12 @@ const std::string& EmptyText() { return g_emptyTextValue; }
 
 uint32_t SupportQueryStart() {
     std::lock_guard<std::mutex> lock(g_supportLock);
-    return g_passCount;
+    return g_passEdges;
 }
 
 void CacheTpPressureSupport(uint32_t queryStart) {
     std::lock_guard<std::mutex> lock(g_supportLock);
-    if (g_passCount == queryStart) g_tpPressureSupportCache.store(1);
+    if (g_passEdges == queryStart && queryStart % 2 == 0) g_tpPressureSupportCache.store(1);
 }
 
 }  // namespace kxmmi
@@ -177,6 +183,7 @@ void InitMmiNativeManager() {
         KXLOGD("%s: g_kxOtherdevices linkToDeath");
         Link<Service::OtherDevices>(s, 7);
     }
+    EndPass();
 }
 
 void ExitMmiNativeManager() {
@@ -191,6 +198,7 @@ void ExitMmiNativeManager() {
     Release<Service::Power>();
     Release<Service::Light>();
     Release<Service::OtherDevices>();
+    EndPass();
 }
 
 void ProcessServiceDied(uint64_t cookie, const wp<IBase>& /*who*/) {

@@ -97,8 +97,8 @@ void WatchServices();
 // every connect and release.
 extern std::atomic<uint8_t> g_tpPressureSupportCache;
 // A support query notes this before it takes its handle and hands it to CacheTpPressureSupport,
-// which caches a true answer only if no connect or release pass has begun since: a query that
-// raced with a pass must not leave a cached true behind it.
+// which caches a true answer only if no connect or release pass was running then or has begun
+// since: a query that raced with a pass must not leave a cached true behind it.
 uint32_t SupportQueryStart();
 void CacheTpPressureSupport(uint32_t queryStart);
 
