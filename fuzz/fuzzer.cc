@@ -1,6 +1,7 @@
 // detector_fuzzer: the flicker detector and its filter against their plain evaluation (tests/algo)
 // bit for bit. hex_text_fuzzer: ConvertBinToString, the encoder of signature data, with any bytes,
-// counts, capacities (doubling past 32 bits) and null pointers.
+// counts, capacities (doubling past 32 bits) and null pointers. text_fuzzer: the conversion of
+// service texts for Java, judged by the suites' own modified UTF-8 checker.
 #include <android/log.h>
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -13,6 +14,8 @@
 
 #include "factory_commands.h"
 #include "flicker_detector.h"
+#include "modified_utf8.h"
+#include "modified_utf8_check.h"
 #include "reference_detector.h"
 
 #define CHECK(c) ((c) ? (void)0 : (std::fprintf(stderr, "check failed: %s\n", #c), std::abort()))
@@ -114,6 +117,17 @@ void Fill(FuzzedDataProvider& in, int32_t (&values)[N]) {
     std::free(str);
 }
 
+// Any bytes up to the first zero: the result is always valid modified UTF-8, valid text comes back
+// unchanged, and converting twice changes nothing.
+[[maybe_unused]] void Convert(const uint8_t* data, size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);  // ends at a zero either way
+    const std::string converted = kxmmi::ToModifiedUtf8(text.c_str());
+    CHECK(kxtest::IsModifiedUtf8(converted));
+    const std::string head = text.substr(0, text.find('\0'));
+    if (kxtest::IsModifiedUtf8(head)) CHECK(converted == head);
+    CHECK(kxmmi::ToModifiedUtf8(converted.c_str()) == converted);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
@@ -126,9 +140,11 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider in(data, size);
-#ifdef KXMMI_FUZZ_ENCODER  // hex_text_fuzzer
+#if defined(KXMMI_FUZZ_TEXT)  // text_fuzzer
+    Convert(data, size);
+#elif defined(KXMMI_FUZZ_ENCODER)  // hex_text_fuzzer
     Encode(in);
-#else  // detector_fuzzer
+#else                              // detector_fuzzer
     in.ConsumeBool() ? Detect(in) : Filter(in);
 #endif
     return 0;

@@ -87,15 +87,26 @@ void Link(const sp<ServiceInterface<S>>& service, uint64_t cookie) {
 
 template <Service S>
 void Release() {
-    sp<ServiceInterface<S>> service;
-    {
-        std::lock_guard<std::mutex> lock(g_handleLock);
-        service = Slot<S>();
-        Slot<S>() = nullptr;
-    }
-    if (service == nullptr) return;
     sp<HidlUtil> holder = g_hidlUtil;
-    service->unlinkToDeath(holder).isOk();  // a dead service's unlink fails; nothing to undo
+    UnlinkAndEmpty(Slot<S>(), g_handleLock, holder);
+}
+
+// Counts the starts and ends of connect and release passes (odd while one runs), so that a support
+// query can tell whether its handle may have changed under it; written with the cache under lock.
+uint32_t g_passEdges = 0;
+std::mutex g_supportLock;
+
+// Opens a pass: the cache forgets its answer, and no query begun before or during the pass can
+// set it again.
+void BeginPass() {
+    std::lock_guard<std::mutex> lock(g_supportLock);
+    ++g_passEdges;
+    g_tpPressureSupportCache.store(0);
+}
+
+void EndPass() {
+    std::lock_guard<std::mutex> lock(g_supportLock);
+    ++g_passEdges;
 }
 
 }  // namespace
@@ -127,13 +138,23 @@ void WatchServices() {
 
 const std::string& EmptyText() { return g_emptyTextValue; }
 
+uint32_t SupportQueryStart() {
+    std::lock_guard<std::mutex> lock(g_supportLock);
+    return g_passEdges;
+}
+
+void CacheTpPressureSupport(uint32_t queryStart) {
+    std::lock_guard<std::mutex> lock(g_supportLock);
+    if (g_passEdges == queryStart && queryStart % 2 == 0) g_tpPressureSupportCache.store(1);
+}
+
 }  // namespace kxmmi
 
 void InitMmiNativeManager() {
     using namespace kxmmi;
     std::lock_guard<std::mutex> pass(g_passLock);
     KXLOGD("%s: InitMmiNativeManager");
-    g_tpPressureSupportCache.store(0);
+    BeginPass();
     if (auto s = Connect<Service::Factory>("kxfactoryinterface_hal")) {
         KXLOGD("%s: g_kxFactoryInterface linkToDeath");
         Link<Service::Factory>(s, 1);
@@ -162,13 +183,14 @@ void InitMmiNativeManager() {
         KXLOGD("%s: g_kxOtherdevices linkToDeath");
         Link<Service::OtherDevices>(s, 7);
     }
+    EndPass();
 }
 
 void ExitMmiNativeManager() {
     using namespace kxmmi;
     std::lock_guard<std::mutex> pass(g_passLock);
     KXLOGD("%s: ExitMmiNativeManager");
-    g_tpPressureSupportCache.store(0);
+    BeginPass();
     Release<Service::Factory>();
     Release<Service::Display>();
     Release<Service::TouchScreen>();
@@ -176,6 +198,7 @@ void ExitMmiNativeManager() {
     Release<Service::Power>();
     Release<Service::Light>();
     Release<Service::OtherDevices>();
+    EndPass();
 }
 
 void ProcessServiceDied(uint64_t cookie, const wp<IBase>& /*who*/) {

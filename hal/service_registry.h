@@ -18,6 +18,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <string>
 
 // Connects all seven handles (also after any new service registration).
@@ -72,12 +73,34 @@ using ServiceInterface = typename ServiceTraits<S>::Interface;
 template <Service S>
 ::android::sp<ServiceInterface<S>> Handle();
 
+// One row of a release pass: unlinks the handle from the holder while the handle still holds the
+// service, then empties it under lock. The unlink and the last reference to the proxy happen
+// outside the lock, which guards only the handle variable.
+template <typename I>
+void UnlinkAndEmpty(::android::sp<I>& handle, std::mutex& lock,
+                    const ::android::sp<HidlUtil>& holder) {
+    ::android::sp<I> service;
+    {
+        std::lock_guard<std::mutex> guard(lock);
+        service = handle;
+    }
+    if (service == nullptr) return;
+    service->unlinkToDeath(holder).isOk();  // a dead service's unlink fails; nothing to undo
+    std::lock_guard<std::mutex> guard(lock);
+    handle = nullptr;
+}
+
 // Registers the holder for registration reports of each of the seven interfaces.
 void WatchServices();
 
 // The tp-pressure-support cache: 1 once the touchscreen said it supports pressure; cleared by
 // every connect and release.
 extern std::atomic<uint8_t> g_tpPressureSupportCache;
+// A support query notes this before it takes its handle and hands it to CacheTpPressureSupport,
+// which caches a true answer only if no connect or release pass was running then or has begun
+// since: a query that raced with a pass must not leave a cached true behind it.
+uint32_t SupportQueryStart();
+void CacheTpPressureSupport(uint32_t queryStart);
 
 // The process-wide empty text the record readers hand out on failure.
 const std::string& EmptyText();

@@ -24,27 +24,27 @@ constexpr const char* kFpsConfigFailed = "FAILED:getDisplayFpsConfig";
 
 jstring GetScreenFpsConfig(JNIEnv* env, jobject /*object*/) {
     sp<kxmmi::IDisplay> display = Acquire<Service::Display>("GetScreenFpsConfig");
-    if (display == nullptr) return NewJString(env, kFpsConfigFailed);
+    if (display == nullptr) return NewJString(env, "GetScreenFpsConfig", kFpsConfigFailed);
     sp<IDisplayV1_1> kxDisplayNew = kxmmi::CastTo<IDisplayV1_1>(display, "GetScreenFpsConfig");
     if (kxDisplayNew == nullptr) {
         // A display without 1.1 has a single refresh rate; "0" tells the app so.
         KXLOGE("%s: GetScreenFpsConfig fail, kxDisplayNew is null, not support multi fps");
-        return NewJString(env, "0");
+        return NewJString(env, "GetScreenFpsConfig", "0");
     }
 
     // -2 rather than -1, so that a missing answer is told apart in the log.
     CodeText<DISPLAY_RET> answer(static_cast<DISPLAY_RET>(-2));
     if (!kxmmi::TransportOk(kxDisplayNew->getDisplayFpsConfig(answer.Receiver()),
                             "GetScreenFpsConfig")) {
-        return NewJString(env, kFpsConfigFailed);
+        return NewJString(env, "GetScreenFpsConfig", kFpsConfigFailed);
     }
     if (answer.code != DISPLAY_RET::SUCCESS) {
         KXLOGE("%s: GetScreenFpsConfig fail, error info: %s, ret: %d", kFpsConfigFailed,
                static_cast<int32_t>(answer.code));
-        return NewJString(env, kFpsConfigFailed);
+        return NewJString(env, "GetScreenFpsConfig", kFpsConfigFailed);
     }
     KXLOGI("%s: GetScreenFpsConfig, fpsConfig: %s", answer.text.c_str());
-    return NewJString(env, answer.text);
+    return NewJString(env, "GetScreenFpsConfig", answer.text);
 }
 
 jboolean SetScreenFps(JNIEnv* /*env*/, jobject /*object*/, jint freqIndex) {

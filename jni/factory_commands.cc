@@ -82,10 +82,10 @@ jint SetZqCardTestMode(JNIEnv* env, jobject /*object*/, jstring mode) {
 jstring GetZqCardTestResult(JNIEnv* env, jobject /*object*/) {
     std::optional<CodeText<int32_t>> answer =
         kxmmi::ReadFactoryInfo(kxmmi::kInfoZqCardTest, "GetZqCardTestResult");
-    if (!answer) return NewJString(env, "");
+    if (!answer) return NewJString(env, "GetZqCardTestResult", "");
     KXLOGD("%s: GetZqCardTestResult, ret: %d, testResultArray = %s", answer->code,
            answer->text.c_str());
-    return NewJString(env, answer->text);
+    return NewJString(env, "GetZqCardTestResult", answer->text);
 }
 
 jint ExecuteHighTemperInterceptCmd(JNIEnv* env, jobject /*object*/, jstring testScene,

@@ -57,14 +57,14 @@ jboolean IsFactoryVersion(JNIEnv* /*env*/, jobject /*object*/) {
 
 jstring GetManufactureFileName(JNIEnv* env, jobject /*object*/) {
     sp<IKxFactoryInterface> factory = Acquire<Service::Factory>("GetManufactureFileName");
-    if (factory == nullptr) return NewJString(env, "");
+    if (factory == nullptr) return NewJString(env, "GetManufactureFileName", "");
     CodeText<int32_t> answer(-1);
     if (!kxmmi::TransportOk(factory->getManufactureFileName(answer.Receiver()),
                             "GetManufactureFileName")) {
-        return NewJString(env, "");
+        return NewJString(env, "GetManufactureFileName", "");
     }
     KXLOGD("%s: GetManufactureFileName, ret: %d, fileName: %s", answer.code, answer.text.c_str());
-    return NewJString(env, answer.text);
+    return NewJString(env, "GetManufactureFileName", answer.text);
 }
 
 jint ReleaseFactoryHidlResource(JNIEnv* /*env*/, jobject /*object*/) {
@@ -89,21 +89,21 @@ jint SetMmiTestResult(JNIEnv* /*env*/, jobject /*object*/, jint first, jint seco
 
 jstring GetBsn(JNIEnv* env, jobject /*object*/) {
     std::optional<CodeText<int32_t>> answer = kxmmi::ReadFactoryInfo(kxmmi::kInfoBsn, "GetBsn");
-    if (!answer) return NewJString(env, "");
+    if (!answer) return NewJString(env, "GetBsn", "");
     KXLOGD("%s: GetBsn, ret: %d", answer->code);  // the BSN itself stays out of the log
-    return NewJString(env, answer->text);
+    return NewJString(env, "GetBsn", answer->text);
 }
 
 jstring GetMmiAutoStartFlag(JNIEnv* env, jobject /*object*/) {
     std::optional<CodeText<int32_t>> answer =
         kxmmi::ReadFactoryInfo(kxmmi::kInfoMmiAutoStart, "GetMmiAutoStartFlag");
-    if (!answer) return NewJString(env, "");
+    if (!answer) return NewJString(env, "GetMmiAutoStartFlag", "");
     KXLOGD("%s: GetMmiAutoStartFlag, ret: %d, flag: %s", answer->code, answer->text.c_str());
     if (answer->code != 0) {
         KXLOGE("%s: getMMIAutoStart failed");
-        return NewJString(env, "Error");
+        return NewJString(env, "GetMmiAutoStartFlag", "Error");
     }
-    return NewJString(env, answer->text);
+    return NewJString(env, "GetMmiAutoStartFlag", answer->text);
 }
 
 jint SetMMIAutoStartFlag(JNIEnv* env, jobject /*object*/, jstring flag) {
@@ -123,15 +123,15 @@ jint SetMMIAutoStartFlag(JNIEnv* env, jobject /*object*/, jstring flag) {
 
 jstring GetManufactureStationFlag(JNIEnv* env, jobject /*object*/, jint stationId) {
     sp<IKxFactoryInterface> factory = Acquire<Service::Factory>("GetManufactureStationFlag");
-    if (factory == nullptr) return NewJString(env, "");
+    if (factory == nullptr) return NewJString(env, "GetManufactureStationFlag", "");
     CodeText<int32_t> answer(-1);
     if (!kxmmi::TransportOk(factory->getManufactureStationFlag(stationId, answer.Receiver()),
                             "GetManufactureStationFlag")) {
-        return NewJString(env, "");
+        return NewJString(env, "GetManufactureStationFlag", "");
     }
     KXLOGD("%s: GetManufactureStationFlag, station id: %d, result: %d, stationFlag: %s", stationId,
            answer.code, answer.text.c_str());
-    return NewJString(env, answer.text);
+    return NewJString(env, "GetManufactureStationFlag", answer.text);
 }
 
 jint SetTestCycle(JNIEnv* /*env*/, jobject /*object*/, jint stationId, jint cycle) {
@@ -188,15 +188,15 @@ jstring GetOeminfo(JNIEnv* env, jobject /*object*/, jint a, jint b, jint c) {
     sp<IKxFactoryInterfaceV1_1> kxFactoryNew = CastV1_1("GetOeminfo");
     if (kxFactoryNew == nullptr) {
         KXLOGE("%s: GetOeminfo fail, kxFactoryNew is null");
-        return NewJString(env, "");
+        return NewJString(env, "GetOeminfo", "");
     }
     CodeText<int32_t> answer(-1);
     if (!kxmmi::TransportOk(kxFactoryNew->readOeminfo(a, b, c, answer.Receiver()), "GetOeminfo")) {
-        return NewJString(env, "");
+        return NewJString(env, "GetOeminfo", "");
     }
     if (answer.code != 0) {
         KXLOGE("%s: GetOeminfo fail, read failed result: %d ", answer.code);
-        return NewJString(env, "");
+        return NewJString(env, "GetOeminfo", "");
     }
-    return NewJString(env, answer.text);
+    return NewJString(env, "GetOeminfo", answer.text);
 }

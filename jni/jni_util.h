@@ -7,6 +7,7 @@
 #include <string>
 
 #include "mmi_log.h"
+#include "modified_utf8.h"
 
 namespace kxmmi {
 
@@ -23,8 +24,12 @@ class Utf {
         // Out of memory: the method answers its failure value, never an exception.
         if (s != nullptr && mChars == nullptr) env->ExceptionClear();
     }
-    ~Utf() {
+    ~Utf() { Release(); }
+    // Hands the characters back before the end of the scope, where the order of releases or of
+    // later JNI calls matters; c_str() is null afterwards.
+    void Release() {
         if (mChars != nullptr) mEnv->ReleaseStringUTFChars(mString, mChars);
+        mChars = nullptr;
     }
     Utf(const Utf&) = delete;
     Utf& operator=(const Utf&) = delete;
@@ -46,9 +51,21 @@ class Utf {
     const char* mChars;
 };
 
-inline jstring NewJString(JNIEnv* env, const char* text) { return env->NewStringUTF(text); }
-inline jstring NewJString(JNIEnv* env, const std::string& text) {
-    return env->NewStringUTF(text.c_str());
+// Every text the library hands to Java: a new string of text as valid modified UTF-8, whatever
+// bytes a service sent. When the runtime cannot make it (out of memory), the exception is cleared,
+// one error line names function, and the answer is a new empty string if one can still be made,
+// else null, never with an exception pending.
+inline jstring NewJString(JNIEnv* env, const char* function, const char* text) {
+    jstring string = env->NewStringUTF(ToModifiedUtf8(text).c_str());
+    if (string != nullptr) return string;
+    env->ExceptionClear();
+    KXLOGE("%s: %s fail, NewStringUTF failed", function);
+    string = env->NewStringUTF("");
+    if (string == nullptr) env->ExceptionClear();
+    return string;
+}
+inline jstring NewJString(JNIEnv* env, const char* function, const std::string& text) {
+    return NewJString(env, function, text.c_str());
 }
 
 }  // namespace kxmmi

@@ -13,18 +13,21 @@ using kxmmi::Utf;
 
 jstring GetPowerState(JNIEnv* env, jobject /*object*/, jstring query) {
     sp<IKXPower> power = Acquire<Service::Power>("GetPowerState");
-    if (power == nullptr) return NewJString(env, "");
+    if (power == nullptr) return NewJString(env, "GetPowerState", "");
     Utf queryChars(env, query);
-    if (!queryChars.Present("GetPowerState", "query")) return NewJString(env, "");
+    if (!queryChars.Present("GetPowerState", "query")) return NewJString(env, "GetPowerState", "");
 
     CodeText<int32_t> answer(-1);
-    if (!kxmmi::TransportOk(power->getPowerState(queryChars.c_str(), answer.Receiver()),
-                            "GetPowerState")) {
-        return NewJString(env, "");
+    if (kxmmi::TransportOk(power->getPowerState(queryChars.c_str(), answer.Receiver()),
+                           "GetPowerState")) {
+        if (answer.code != 0) answer.text.clear();  // a failed query's text means nothing
+        KXLOGD("%s: GetPowerState, result code: %d, result info: %s", answer.code,
+               answer.text.c_str());
+    } else {
+        answer.text.clear();
     }
-    if (answer.code != 0) answer.text.clear();  // a failed query's text means nothing
-    KXLOGD("%s: GetPowerState, result code: %d, result info: %s", answer.code, answer.text.c_str());
-    return NewJString(env, answer.text);
+    queryChars.Release();  // before the result string is made
+    return NewJString(env, "GetPowerState", answer.text);
 }
 
 jint SetPowerState(JNIEnv* env, jobject /*object*/, jstring testScene, jstring para) {
@@ -37,10 +40,13 @@ jint SetPowerState(JNIEnv* env, jobject /*object*/, jstring testScene, jstring p
 
     std::optional<int32_t> result = kxmmi::ValueOf(
         power->setPowerState(sceneChars.c_str(), paraChars.c_str()), "SetPowerState");
-    if (!result) return -1;
-    KXLOGE("%s: SetPowerState, testScene:%s, para:%s, result:%d", sceneChars.c_str(),
-           paraChars.c_str(), *result);
-    return *result;
+    if (result) {
+        KXLOGE("%s: SetPowerState, testScene:%s, para:%s, result:%d", sceneChars.c_str(),
+               paraChars.c_str(), *result);
+    }
+    sceneChars.Release();  // in the order they were taken
+    paraChars.Release();
+    return result.value_or(-1);
 }
 
 jint CheckUsbSpeed(JNIEnv* env, jobject /*object*/, jstring scene) {

@@ -28,20 +28,20 @@ jstring HandleSensorParameter(JNIEnv* env, jobject /*object*/, jint sensorId, ji
         kxmmi::CastTo<ISensorsV1_1>(kxmmi::Handle<Service::Sensors>(), "HandleSensorParameter");
     if (sensorNewVer == nullptr) {
         KXLOGE("%s: HandleSensorParameter fail, sensorNewVer is null");
-        return NewJString(env, "");
+        return NewJString(env, "HandleSensorParameter", "");
     }
 
     CodeTextValues answer;
     if (!kxmmi::TransportOk(sensorNewVer->handleSensorParameter(sensorId, mainCmd, subCmd, length,
                                                                 answer.Receiver()),
                             "HandleSensorParameter")) {
-        return NewJString(env, "");
+        return NewJString(env, "HandleSensorParameter", "");
     }
     KXLOGD(
         "%s: HandleSensorParameter, ret: %d, resultInfo: %s, sensorId: %d, mainCmd: %d, subCmd: "
         "%d, length: %d",
         answer.code, answer.text.c_str(), sensorId, mainCmd, subCmd, length);
-    return NewJString(env, answer.text);
+    return NewJString(env, "HandleSensorParameter", answer.text);
 }
 
 jintArray HandleAmbientLightParameter(JNIEnv* env, jobject /*object*/, jint sensorId, jint mainCmd,
@@ -55,6 +55,7 @@ jintArray HandleAmbientLightParameter(JNIEnv* env, jobject /*object*/, jint sens
 
     jintArray parameters = env->NewIntArray(kParameterCount);
     if (parameters == nullptr) {
+        env->ExceptionClear();  // out of memory: the caller gets null, never an exception
         KXLOGE("%s: HandleAmbientLightParameter fail, NewIntArray failed");
         return nullptr;
     }

@@ -88,17 +88,17 @@ jint GetSensorSelfTestResult(JNIEnv* /*env*/, jobject /*object*/, jint sensorId)
 
 jstring GetSensorCalibrateType(JNIEnv* env, jobject /*object*/, jint sensorId) {
     sp<ISensors> sensors = Acquire<Service::Sensors>("GetSensorCalibrateType");
-    if (sensors == nullptr) return NewJString(env, "");
+    if (sensors == nullptr) return NewJString(env, "GetSensorCalibrateType", "");
 
     CodeText<int32_t> answer(-1);
     // 1024 is the fixed flag the service expects with this query.
     if (!kxmmi::TransportOk(sensors->getSensorCalibrateType(sensorId, 1024, answer.Receiver()),
                             "GetSensorCalibrateType")) {
-        return NewJString(env, "");
+        return NewJString(env, "GetSensorCalibrateType", "");
     }
     KXLOGD("%s: GetSensorCalibrateType, resultCode: %d, calibType: %s", answer.code,
            answer.text.c_str());
-    return NewJString(env, answer.text);
+    return NewJString(env, "GetSensorCalibrateType", answer.text);
 }
 
 jint GetCompassRawValueLimit(JNIEnv* /*env*/, jobject /*object*/) {

@@ -32,9 +32,9 @@ void PublishFailInfo(JNIEnv* env, const char* function, const char* field,
         env->ExceptionClear();
         KXLOGE("%s: %s fail, static field %s not found", function, field);
     } else {
-        jstring text = NewJString(env, info);
+        jstring text = NewJString(env, function, info);
         env->SetStaticObjectField(manager, id, text);
-        env->DeleteLocalRef(text);
+        if (text != nullptr) env->DeleteLocalRef(text);
     }
     if (manager != nullptr) env->DeleteLocalRef(manager);
 }
@@ -83,18 +83,19 @@ jint GetTouchKeySupportState(JNIEnv* /*env*/, jobject /*object*/) {
 
 jstring GetCapacitanceCalibrateResult(JNIEnv* env, jobject /*object*/, jint value) {
     sp<ITouchscreen> tp = Acquire<Service::TouchScreen>("GetCapacitanceCalibrateResult");
-    if (tp == nullptr) return NewJString(env, kCalibrateFailed);
+    if (tp == nullptr) return NewJString(env, "GetCapacitanceCalibrateResult", kCalibrateFailed);
 
     CodeText<int32_t> answer(-1);
     if (!kxmmi::TransportOk(tp->getCapacitanceCalibrateResult(value, answer.Receiver()),
                             "GetCapacitanceCalibrateResult")) {
-        return NewJString(env, kCalibrateFailed);
+        return NewJString(env, "GetCapacitanceCalibrateResult", kCalibrateFailed);
     }
     if (answer.code != 0) {
         KXLOGE("%s: GetCapacitanceCalibrateResult fail, ret: %d", answer.code);
-        return NewJString(env, kCalibrateFailed);  // whatever text the service sent
+        return NewJString(env, "GetCapacitanceCalibrateResult",
+                          kCalibrateFailed);  // whatever text the service sent
     }
-    return NewJString(env, answer.text);
+    return NewJString(env, "GetCapacitanceCalibrateResult", answer.text);
 }
 
 jint SetTouchScreenFeatureConfig(JNIEnv* env, jobject /*object*/, jint feature, jstring config) {
@@ -114,14 +115,14 @@ jint SetTouchScreenFeatureConfig(JNIEnv* env, jobject /*object*/, jint feature, 
 
 jstring GetRotateCrownTestResult(JNIEnv* env, jobject /*object*/) {
     sp<ITouchscreen> tp = Acquire<Service::TouchScreen>("GetRotateCrownTestResult");
-    if (tp == nullptr) return NewJString(env, "");
+    if (tp == nullptr) return NewJString(env, "GetRotateCrownTestResult", "");
 
     kxmmi::FlagText answer;
     if (!kxmmi::TransportOk(tp->getRotateCrownTestResult(answer.Receiver()),
                             "GetRotateCrownTestResult")) {
-        return NewJString(env, "");
+        return NewJString(env, "GetRotateCrownTestResult", "");
     }
-    if (answer.flag) return NewJString(env, answer.text);
+    if (answer.flag) return NewJString(env, "GetRotateCrownTestResult", answer.text);
     KXLOGE("%s: GetRotateCrownTestResult fail");  // the service's text of a failed test is dropped
-    return NewJString(env, "error");
+    return NewJString(env, "GetRotateCrownTestResult", "error");
 }

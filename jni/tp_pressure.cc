@@ -75,6 +75,7 @@ jint SetApPressureCalibrationExtern(JNIEnv* env, jobject /*object*/, jint sensor
 }
 
 jboolean IsTpPressureSupported(JNIEnv* /*env*/, jobject /*object*/) {
+    const uint32_t queryStart = kxmmi::SupportQueryStart();
     if ((kxmmi::g_tpPressureSupportCache.load() & 1) != 0) return JNI_TRUE;
     sp<ITouchscreen> tp = kxmmi::Handle<Service::TouchScreen>();
     if (tp == nullptr) {
@@ -85,7 +86,7 @@ jboolean IsTpPressureSupported(JNIEnv* /*env*/, jobject /*object*/) {
     if (!supported) return JNI_FALSE;
     if (*supported) {
         KXLOGD("%s: IsTpPressureSupported true");
-        kxmmi::g_tpPressureSupportCache.store(1);
+        kxmmi::CacheTpPressureSupport(queryStart);
         return JNI_TRUE;
     }
     // A false answer is never cached; a concurrent true may have been meanwhile.

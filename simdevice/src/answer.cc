@@ -12,11 +12,20 @@ namespace {
 
 constexpr std::string_view kNoCallback = "nocallback";
 constexpr std::string_view kTransportError = "transport-error";
+constexpr std::string_view kBytes = "bytes:";
 
 bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsWordChar(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || IsDigit(c) || c == '-' || c == '_';
+}
+
+// The value of a hexadecimal digit, or -1.
+int HexDigit(char c) {
+    if (IsDigit(c)) return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
 }
 
 void AppendUtf8(uint32_t cp, std::string* out) {
@@ -103,6 +112,7 @@ class Parser {
         char c = text_[pos_];
         if (c == '"') return ReadString();
         if (c == '[') return ReadVector();
+        if (text_.substr(pos_, kBytes.size()) == kBytes) return ReadBytes();
         if (c == '-' || IsDigit(c)) {
             std::optional<int64_t> v = ReadInteger();
             if (!v) return std::nullopt;
@@ -122,7 +132,8 @@ class Parser {
             return Error(found + " must be the whole answer");
         }
         return Error(
-            "expected an integer, true, false, a \"string\" or an [integer vector], found " +
+            "expected an integer, true, false, a \"string\", bytes:HEX or an [integer vector], "
+            "found " +
             found);
     }
 
@@ -188,21 +199,27 @@ class Parser {
         if (text_.size() - pos_ < 4) return Error("\\u needs four hex digits");
         uint32_t v = 0;
         for (size_t i = 0; i < 4; ++i) {
-            char c = text_[pos_ + i];
-            uint32_t d;
-            if (IsDigit(c)) {
-                d = static_cast<uint32_t>(c - '0');
-            } else if (c >= 'a' && c <= 'f') {
-                d = static_cast<uint32_t>(c - 'a' + 10);
-            } else if (c >= 'A' && c <= 'F') {
-                d = static_cast<uint32_t>(c - 'A' + 10);
-            } else {
-                return Error("\\u needs four hex digits");
-            }
-            v = v * 16 + d;
+            int d = HexDigit(text_[pos_ + i]);
+            if (d < 0) return Error("\\u needs four hex digits");
+            v = v * 16 + static_cast<uint32_t>(d);
         }
         pos_ += 4;
         return v;
+    }
+
+    // A text given as its bytes in hexadecimal, for bytes no quoted string can carry as they are.
+    std::optional<Answer::Value> ReadBytes() {
+        pos_ += kBytes.size();
+        std::string out;
+        while (!AtEnd() && HexDigit(text_[pos_]) >= 0) {
+            if (pos_ + 1 >= text_.size() || HexDigit(text_[pos_ + 1]) < 0) {
+                return Error("bytes: needs pairs of hex digits");
+            }
+            out.push_back(
+                static_cast<char>(HexDigit(text_[pos_]) * 16 + HexDigit(text_[pos_ + 1])));
+            pos_ += 2;
+        }
+        return Answer::Value(std::move(out));
     }
 
     std::optional<Answer::Value> ReadString() {

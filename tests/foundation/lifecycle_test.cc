@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <set>
+#include <tuple>
 
 #include "jvm_harness.h"
+#include "service_registry.h"
 
 namespace {
 
@@ -151,6 +153,91 @@ TEST_F(Registry, UnloadReleasesTheHandlesAndKeepsWatching) {
     kxtest::Device().Revive(Service::kLight);
     kxtest::WaitIdle();
     EXPECT_NE(PowerState(), "");
+}
+
+// The library's current proxy of a service, held past a release.
+android::sp<android::hidl::base::V1_0::IBase> Proxy(Service service) {
+    using kxmmi::Handle;
+    using S = kxmmi::Service;
+    switch (service) {
+        case Service::kFactory:
+            return Handle<S::Factory>();
+        case Service::kDisplay:
+            return Handle<S::Display>();
+        case Service::kTouchscreen:
+            return Handle<S::TouchScreen>();
+        case Service::kSensors:
+            return Handle<S::Sensors>();
+        case Service::kPower:
+            return Handle<S::Power>();
+        case Service::kLight:
+            return Handle<S::Light>();
+        case Service::kOtherdevices:
+            return Handle<S::OtherDevices>();
+    }
+    return nullptr;
+}
+
+// Each row links its service with its own cookie, and that cookie comes back with the service's
+// death. A release pass unlinks every handle: a service that dies after it goes unreported, even
+// while its proxy lives on. A service that has just registered again is linked by exactly one
+// connect pass, so one link is all there is to see.
+TEST_F(Registry, EachRowLinksWithItsCookieAndReleaseUnlinksEveryHandle) {
+    auto reconnect = [](Service s) {
+        kxtest::Device().Kill(s);
+        kxtest::WaitIdle();
+        kxtest::Device().Revive(s);
+        kxtest::WaitIdle();
+        kxtest::TakeLogs();
+    };
+    uint64_t cookie = 0;
+    for (Service s : simdevice::kAllServices) {
+        SCOPED_TRACE(simdevice::ServiceName(s));
+        reconnect(s);
+        ASSERT_TRUE(kxtest::Device().Kill(s));
+        kxtest::WaitIdle();
+        EXPECT_EQ(kxtest::TakeLogs(),
+                  (std::vector<LogLine>{{W, "KxMMITest_jni: ProcessServiceDied, cookie is:" +
+                                                std::to_string(++cookie)},
+                                        {D, "KxMMITest_jni: ExitMmiNativeManager"}}));
+
+        reconnect(s);
+        android::sp<android::hidl::base::V1_0::IBase> held = Proxy(s);
+        ASSERT_NE(held, nullptr);
+        Symbol<void (*)()>("_Z20ExitMmiNativeManagerv")();
+        kxtest::TakeLogs();
+        ASSERT_TRUE(kxtest::Device().Kill(s));
+        kxtest::WaitIdle();
+        EXPECT_EQ(kxtest::TakeLogs(), std::vector<LogLine>{}) << "a death after the release";
+    }
+}
+
+// While a release pass unlinks a handle, the handle still holds the service; it is emptied after,
+// and the handle's lock is not held during the unlink.
+TEST(ReleaseRow, UnlinksWhileTheHandleStillHoldsTheServiceThenEmptiesIt) {
+    struct Watched : android::hidl::base::V1_0::IBase {
+        android::sp<IBase>* handle = nullptr;
+        std::mutex* lock = nullptr;
+        std::vector<std::tuple<bool, bool, const void*>> unlinks;  // handle set, lock free, whom
+        android::hardware::Return<bool> unlinkToDeath(
+            const android::sp<android::hardware::hidl_death_recipient>& recipient) override {
+            const bool free = lock->try_lock();
+            if (free) lock->unlock();
+            unlinks.emplace_back(handle->get() == this, free, recipient.get());
+            return true;
+        }
+    };
+    std::mutex lock;
+    android::sp<Watched> service = new Watched();
+    android::sp<android::hidl::base::V1_0::IBase> handle = service;
+    service->handle = &handle;
+    service->lock = &lock;
+    android::sp<HidlUtil> holder = new HidlUtil(nullptr, nullptr);
+    kxmmi::UnlinkAndEmpty(handle, lock, holder);
+    EXPECT_EQ(handle, nullptr);
+    kxmmi::UnlinkAndEmpty(handle, lock, holder);  // an empty handle is skipped
+    EXPECT_EQ(service->unlinks, (std::vector<std::tuple<bool, bool, const void*>>{
+                                    {true, true, static_cast<const void*>(holder.get())}}));
 }
 
 TEST_F(Registry, LoadWithoutVmFailsAtOnce) {

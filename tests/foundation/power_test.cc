@@ -35,6 +35,15 @@ TEST_F(Power, GetPowerStateKeepsTheInfoOnlyForASuccessfulQuery) {
         {"5,\"charging 87%\"", "", "result code: 5, result info: "},
         {"-2,\"\"", "", "result code: -2, result info: "},
         {"nocallback", "", "result code: -1, result info: "},
+        // Java gets valid modified UTF-8 (as GetStringUTFChars hands it back); the log line keeps
+        // the service's bytes.
+        {R"(0,"caf\u00e9 \ud83d\ude00 ok")", "caf\xC3\xA9 \xED\xA0\xBD\xED\xB8\x80 ok",
+         "result code: 0, result info: caf\xC3\xA9 \xF0\x9F\x98\x80 ok"},
+        {"0,bytes:41ff42",
+         "A\xEF\xBF\xBD"
+         "B",
+         "result code: 0, result info: A\xFF"
+         "B"},
     };
     for (const StateCase& c : cases) {
         SCOPED_TRACE(c.answer);
@@ -58,6 +67,20 @@ TEST_F(Power, SetPowerStatePassesSceneThenParameterAndLogsAtErrorPriority) {
                                              std::to_string(result)}}));
         EXPECT_EQ(Calls(), (std::vector<std::string>{"power.setPowerState(\"aging\", \"on\")"}));
     }
+}
+
+// Characters go back in the order they were taken, and before the result string is made.
+TEST_F(Power, StringCallsReleaseInTheOrderTakenBeforeTheResultIsMade) {
+    using Trace = std::vector<kxtest::StringCall>;
+    Answer("getPowerState", "0,\"full\"");
+    kxtest::TraceStringCalls(true);
+    EXPECT_EQ(kxtest::CallString("getPowerStateNative", kGetState, JStr("battery")), "full");
+    EXPECT_EQ(kxtest::TakeStringCalls(),
+              (Trace{{'G', "battery"}, {'R', "battery"}, {'N', "full"}}));
+    EXPECT_EQ(kxtest::CallInt("setPowerStateNative", kSetState, JStr("aging"), JStr("on")), 0);
+    EXPECT_EQ(kxtest::TakeStringCalls(),
+              (Trace{{'G', "aging"}, {'G', "on"}, {'R', "aging"}, {'R', "on"}}));
+    kxtest::TraceStringCalls(false);
 }
 
 TEST_F(Power, CheckUsbSpeedSendsTheSceneWithThreeEmptyTextsAndReturnsTheCode) {

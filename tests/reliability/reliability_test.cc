@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <random>
 #include <type_traits>
 
 #include "native_methods.h"
@@ -132,38 +133,74 @@ TEST(Faults, EveryNativeAgainstFailingServicesAndBadArguments) {
     EXPECT_EQ(nullLines, kNullArgs.size());
 }
 
+// Service text as bytes mostly above 0x7F, where modified UTF-8 goes wrong: leads, continuations,
+// surrogates, the two-byte zero, four-byte forms whole and cut off.
+std::string RandomText(std::mt19937& random) {
+    static const char* const kPieces[] = {"\xC0\x80",         "\xED\xA0\xBD",     "\xED\xB8\x80",
+                                          "\xF0\x9F\x98\x80", "\xF4\x8F\xBF\xBF", "\xE0\x80",
+                                          "\xF0\x9F",         "\xC3\xA9",         "a"};
+    std::string text;
+    for (int n = std::uniform_int_distribution<int>(0, 64)(random); n > 0; --n) {
+        if (random() % 3 == 0) {
+            text += kPieces[random() % (sizeof(kPieces) / sizeof(kPieces[0]))];
+        } else {
+            text.push_back(static_cast<char>(1 + random() % 255));
+        }
+    }
+    return text;
+}
+
 // The services may answer anything: boundary integers, a megabyte that is not UTF-8 (a four-byte
-// sequence, a cut-off one, then bytes never valid), a NUL, vectors of a million values or none.
-// Every native still answers, without a Java exception or a JNI warning.
+// sequence, a cut-off one, then bytes never valid), a NUL, vectors of a million values or none,
+// and random texts. Every native still answers, without a Java exception or a JNI warning, and
+// every text it hands to Java (the agent checks each) is valid modified UTF-8.
 TEST(Faults, ExtremeServiceAnswersNeverBreakACall) {
     std::string huge(1 << 20, '\xff');
     huge.replace(0, 5, "\xF0\x9F\x98\x80\xC0");
     const struct {
         int64_t code, int32, int64;  // code: of callbacks; 0 lets the natives use the rest
-        std::string text;
+        std::string text;            // empty with random: a random text per operation
         std::vector<int32_t> values;
+        bool random;
     } profiles[] = {
-        {0, INT32_MAX, INT64_MAX, huge, std::vector<int32_t>(1000000, INT32_MAX)},
-        {INT32_MIN, INT32_MIN, INT64_MIN, std::string("\0", 1), {INT32_MIN}},
-        {0, 0, 0, "", {}},
+        {0, INT32_MAX, INT64_MAX, huge, std::vector<int32_t>(1000000, INT32_MAX), false},
+        {INT32_MIN, INT32_MIN, INT64_MIN, std::string("\0", 1), {INT32_MIN}, false},
+        {0, 0, 0, "", {}, false},
+        {0, 1, 1, "", {1}, true},
     };
+    const auto seed = static_cast<uint32_t>(std::random_device{}());
+    std::mt19937 random(seed);
+    std::printf("texts: random service texts from seed %u\n", seed);
+    const long checkedBefore = kxtest::LibraryTextsChecked();
     for (const auto& x : profiles) {
-        SCOPED_TRACE(x.int32);
-        HealthyDevice();
-        ProgramEvery({}, [&](const simdevice::OperationInfo& op, size_t i, int) -> Answer::Value {
-            const Type type = op.answers[i].type;
-            auto integer = [](int64_t v) { return Answer::Value(std::in_place_type<int64_t>, v); };
-            if (op.callback && i == 0 && type != Type::kBool) return integer(x.code);
-            if (type == Type::kBool) return x.int32 != 0;
-            if (type == Type::kString) return x.text;
-            if (type == Type::kInt32Vector) return x.values;
-            return integer(type == Type::kInt64 ? x.int64 : x.int32);
-        });
-        const std::string warnings = StdoutOf([] {
-            for (int i = 0; i < kMethods; ++i) CallNative(i);  // fails on a Java exception
-        });
-        EXPECT_EQ(warnings.find("WARNING"), std::string::npos) << warnings.substr(0, 4000);
+        for (int round = 0; round < (x.random ? 200 : 1); ++round) {
+            SCOPED_TRACE(x.int32);
+            HealthyDevice();
+            ProgramEvery({},
+                         [&](const simdevice::OperationInfo& op, size_t i, int) -> Answer::Value {
+                             const Type type = op.answers[i].type;
+                             auto integer = [](int64_t v) {
+                                 return Answer::Value(std::in_place_type<int64_t>, v);
+                             };
+                             if (op.callback && i == 0 && type != Type::kBool)
+                                 return integer(x.code);
+                             if (type == Type::kBool) return x.int32 != 0;
+                             if (type == Type::kString)
+                                 return x.random ? RandomText(random) : x.text;
+                             if (type == Type::kInt32Vector) return x.values;
+                             return integer(type == Type::kInt64 ? x.int64 : x.int32);
+                         });
+            const std::string warnings = StdoutOf([] {
+                for (int i = 0; i < kMethods; ++i) CallNative(i);  // fails on a Java exception
+            });
+            EXPECT_EQ(warnings.find("WARNING"), std::string::npos) << warnings.substr(0, 4000);
+        }
     }
+    const long checked = kxtest::LibraryTextsChecked() - checkedBefore;
+    std::printf("texts: %ld texts the library handed to Java checked, %zu invalid\n", checked,
+                kxtest::InvalidLibraryTexts().size());
+    EXPECT_GE(checked, 203 * 13) << "the 13 String natives, every profile and round";
+    EXPECT_EQ(kxtest::InvalidLibraryTexts(), std::vector<std::string>{});
 }
 
 // An argument of every type the natives take, made once outside the frames under test.

@@ -122,6 +122,9 @@ TEST(Stress, EveryAnswerIsProgrammedOrFailureWhileServicesDieAndReturn) {
         kills, revivals, tally.deaths, tally.reconnects, tally.served, tally.cutMidCall,
         tally.noService);
 
+    std::printf("stress: %ld texts handed to Java checked, %zu not modified UTF-8\n",
+                kxtest::LibraryTextsChecked(), kxtest::InvalidLibraryTexts().size());
+
     EXPECT_EQ(warnings.find("WARNING"), std::string::npos) << warnings;
     EXPECT_EQ(c[kStuckThreads], 0) << "calls that never returned";
     EXPECT_EQ(c[kThrown] + c[kWrong], 0) << "the first of them are on standard error";

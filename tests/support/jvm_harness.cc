@@ -7,6 +7,9 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <mutex>
+#include <sstream>
+
+#include "text_agent.h"
 
 namespace kxtest {
 namespace {
@@ -16,9 +19,30 @@ constexpr const char* kManager = "com/tavrin/mmitest/controller/MmiNativeManager
 std::mutex g_logLock;
 std::vector<LogLine>* g_logs = new std::vector<LogLine>();  // lines may arrive during exit
 
+std::function<void(const LogLine&)>* g_logHook = new std::function<void(const LogLine&)>();
+
 void CaptureLine(const struct __android_logger_data* data, const char* message) {
-    std::lock_guard<std::mutex> lock(g_logLock);
-    g_logs->push_back(LogLine{data->priority, message});
+    LogLine line{data->priority, message};
+    std::function<void(const LogLine&)> hook;
+    {
+        std::lock_guard<std::mutex> lock(g_logLock);
+        g_logs->push_back(line);
+        hook = *g_logHook;
+    }
+    if (hook) hook(line);  // outside the lock: the hook may make the library log again
+}
+
+TextAgentState& Agent() {
+    static TextAgentState* state = [] {
+        void* agent = dlopen(KXTEST_TEXT_AGENT, RTLD_NOW | RTLD_NOLOAD);
+        void* symbol = agent == nullptr ? nullptr : dlsym(agent, "KxTextAgentState");
+        if (symbol == nullptr) {
+            std::fprintf(stderr, "the text agent is not loaded\n");
+            std::abort();
+        }
+        return reinterpret_cast<TextAgentState* (*)()>(symbol)();
+    }();
+    return *state;
 }
 
 JavaVM* g_vm = nullptr;
@@ -28,18 +52,22 @@ JavaVM* CreateVm() {
     const char* override = std::getenv("KXTEST_CLASSPATH");  // suites that load other classes
     std::string classPath =
         std::string("-Djava.class.path=") + (override != nullptr ? override : KXTEST_JAR);
-    std::string libraryPath = std::string("-Djava.library.path=") + KXTEST_LIB_DIR;
-    JavaVMOption options[] = {
-        {const_cast<char*>(classPath.c_str()), nullptr},
-        {const_cast<char*>(libraryPath.c_str()), nullptr},
-        {const_cast<char*>("-Xcheck:jni"), nullptr},  // JNI misuse fails the run
-        {const_cast<char*>("-Xmx256m"), nullptr},
-        {const_cast<char*>("-Xss4m"), nullptr},
-    };
+    std::vector<std::string> texts = {classPath,
+                                      std::string("-Djava.library.path=") + KXTEST_LIB_DIR,
+                                      "-Xcheck:jni",  // JNI misuse fails the run
+                                      std::string("-agentpath:") + KXTEST_TEXT_AGENT,
+                                      "-Xmx256m",
+                                      "-Xss4m"};
+    // Suites that need a JVM of their own kind (a small heap) add options; later ones win.
+    std::istringstream extra(std::getenv("KXTEST_JVM_OPTIONS") ? std::getenv("KXTEST_JVM_OPTIONS")
+                                                               : "");
+    for (std::string option; extra >> option;) texts.push_back(option);
+    std::vector<JavaVMOption> options;
+    for (std::string& text : texts) options.push_back({text.data(), nullptr});
     JavaVMInitArgs args{};
     args.version = JNI_VERSION_1_8;
-    args.nOptions = sizeof(options) / sizeof(options[0]);
-    args.options = options;
+    args.nOptions = static_cast<jint>(options.size());
+    args.options = options.data();
     args.ignoreUnrecognized = JNI_FALSE;
     JavaVM* vm = nullptr;
     JNIEnv* env = nullptr;
@@ -263,6 +291,31 @@ void SetManagerStaticString(const char* field, const char* utf8) {
 
 void WaitIdle() { simdevice::SimDevice::WaitIdle(); }
 
+void OnLogLine(std::function<void(const LogLine&)> hook) {
+    std::lock_guard<std::mutex> lock(g_logLock);
+    *g_logHook = std::move(hook);
+}
+
+long LibraryTextsChecked() { return Agent().checked.load(); }
+
+std::vector<std::string> InvalidLibraryTexts() {
+    std::lock_guard<std::mutex> lock(Agent().lock);
+    return Agent().invalid;
+}
+
+void TraceStringCalls(bool on) {
+    std::lock_guard<std::mutex> lock(Agent().lock);
+    Agent().trace.clear();
+    Agent().tracing = on;
+}
+
+std::vector<StringCall> TakeStringCalls() {
+    std::lock_guard<std::mutex> lock(Agent().lock);
+    std::vector<StringCall> calls;
+    calls.swap(Agent().trace);
+    return calls;
+}
+
 void* LibrarySymbol(const char* name) {
     Manager();
     static void* handle =
@@ -276,5 +329,12 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     kxtest::Env();
     testing::UnitTest::GetInstance()->listeners().Append(new kxtest::LocalFrames());
-    return RUN_ALL_TESTS();
+    int result = RUN_ALL_TESTS();
+    // Whatever test ran, Java must never have been handed a text that is not modified UTF-8.
+    for (const std::string& hex : kxtest::InvalidLibraryTexts()) {
+        std::fprintf(stderr, "the library handed NewStringUTF invalid modified UTF-8: %s\n",
+                     hex.c_str());
+        result = 1;
+    }
+    return result;
 }

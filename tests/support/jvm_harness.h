@@ -8,10 +8,13 @@
 #include <simdevice/sim_device.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
+
+#include "text_agent.h"
 
 namespace kxtest {
 
@@ -59,6 +62,19 @@ void SetManagerStaticString(const char* field, const char* utf8);
 
 // Waits until every service death and registration report has reached the library.
 void WaitIdle();
+
+// Calls hook, on the logging thread, with every platform-log line as it is written; an empty hook
+// ends it. Lets a test act at an exact point inside a library routine.
+void OnLogLine(std::function<void(const LogLine&)> hook);
+
+// From the JNI agent every suite's JVM loads: how many texts the library handed to NewStringUTF,
+// and those that were not valid modified UTF-8 (as hexadecimal). A binary that saw one fails.
+long LibraryTextsChecked();
+std::vector<std::string> InvalidLibraryTexts();
+// Records the library's string calls (GetStringUTFChars, ReleaseStringUTFChars, NewStringUTF) in
+// order from now on, or stops; TakeStringCalls hands over what was recorded.
+void TraceStringCalls(bool on);
+std::vector<StringCall> TakeStringCalls();
 
 // Calls one of the library's exported functions (JNI_OnLoad, InitMmiNativeManager, ...) directly.
 void* LibrarySymbol(const char* name);

@@ -1,7 +1,9 @@
 // Touch-panel pressure calibration, capacitance tests, touch keys, feature configuration, crown.
 #include <atomic>
 #include <cctype>
+#include <chrono>
 #include <cstdint>
+#include <thread>
 #include <tuple>
 
 #include "device_test.h"
@@ -64,6 +66,65 @@ TEST_F(Touch, PressureSupportIsCachedUntilTheNextConnectReleaseOrDeath) {
     TakeLogs();
     EXPECT_FALSE(Supported());
     EXPECT_EQ(TakeLogs(), Lines{noHandle});
+}
+
+// A query that took its handle before a connect or release pass began must not cache its true
+// answer after the pass. Here the pass runs at the query's worst moment: between the service's
+// answer and the cache.
+TEST_F(Touch, AnswerOfAQueryThatOverlapsAPassIsNotCached) {
+    for (void (*pass)() : {&Release, &Connect}) {
+        Connect();
+        Answer(Service::kTouchscreen, "isTpPressureSupported", "true");
+        OnLogLine([pass](const LogLine& line) {
+            if (!(line == Line(D, "IsTpPressureSupported true"))) return;
+            OnLogLine(nullptr);
+            std::thread(pass).join();  // on a thread of its own, as the event callbacks run it
+        });
+        EXPECT_TRUE(Supported());  // the service did answer true
+        OnLogLine(nullptr);
+        Answer(Service::kTouchscreen, "isTpPressureSupported", "false");
+        EXPECT_FALSE(Supported()) << "a true answer older than the pass stayed cached";
+    }
+}
+
+// The same left to chance: two Java threads query while connect and release passes alternate.
+// Once a release has returned and every query that overlapped it has finished, nothing may be
+// cached, since every handle is empty.
+TEST_F(Touch, QueriesRacingWithPassesLeaveNoStaleAnswer) {
+    auto* cache =
+        static_cast<std::atomic<uint8_t>*>(LibrarySymbol("_ZN5kxmmi24g_tpPressureSupportCacheE"));
+    ASSERT_NE(cache, nullptr);
+    Answer(Service::kTouchscreen, "isTpPressureSupported", "true");
+    std::atomic<bool> stop{false};
+    std::atomic<long> queries[2] = {{0}, {0}};
+    std::vector<std::thread> queriers;
+    for (std::atomic<long>& done : queries) {
+        queriers.emplace_back([&] {
+            while (!stop) {
+                Supported();
+                ++done;
+            }
+            Vm()->DetachCurrentThread();
+        });
+    }
+    long rounds = 0, stale = 0;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    for (; std::chrono::steady_clock::now() < end; ++rounds) {
+        Connect();
+        Release();
+        // Two more queries on each thread: the one under way when the pass ended has finished.
+        const long after[2] = {queries[0] + 2, queries[1] + 2};
+        while (queries[0] < after[0] || queries[1] < after[1]) std::this_thread::yield();
+        stale += cache->load() & 1;
+        if (rounds % 256 == 0) {
+            TakeLogs();
+            Device().TakeCalls();
+        }
+    }
+    stop = true;
+    for (std::thread& t : queriers) t.join();
+    std::printf("support race: %ld rounds, %ld stale answers cached\n", rounds, stale);
+    EXPECT_EQ(stale, 0);
 }
 
 TEST_F(Touch, WaitingTimeIsReducedIn64BitsKeepingItsSign) {

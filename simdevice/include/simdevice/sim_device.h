@@ -44,7 +44,8 @@ class Answer {
     using Value = std::variant<int64_t, bool, std::string, std::vector<int32_t>>;
 
     // Text forms: "nocallback", "transport-error", or values separated by commas, each an integer
-    // (7, -3), true, false, a JSON string ("a\"b", "\u00e9") or an integer vector ([1, 2, 3]).
+    // (7, -3), true, false, a JSON string ("a\"b", "\u00e9"), a text as its bytes in hexadecimal
+    // (bytes:41ff42, any bytes at all) or an integer vector ([1, 2, 3]).
     // Returns nothing and sets *error (if given) when the text is not an answer.
     static std::optional<Answer> Parse(std::string_view text, std::string* error);
 

@@ -29,6 +29,7 @@ final class Answers {
 
     private static boolean needsQuotes(String field) {
         return !field.isEmpty() && !field.startsWith("\"") && !field.startsWith("[")
+                && !field.startsWith("bytes:")  // a text given as its bytes in hexadecimal
                 && !field.equals("true") && !field.equals("false") && !field.equals("null")
                 && !NUMBER.matcher(field).matches();
     }

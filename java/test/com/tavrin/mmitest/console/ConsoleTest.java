@@ -85,7 +85,7 @@ public final class ConsoleTest {
         String[][] cases = {{"5,x", "5,\"x\""}, {"true,crown ok", "true,\"crown ok\""}, {"x\"y", "\"x\\\"y\""},
             {"0,\"a\\\\\",x", "0,\"a\\\\\",\"x\""}, {"7", "7"}, {"-3,1.5e3", "-3,1.5e3"}, {"0,\"a,b\"", "0,\"a,b\""},
             {"0,\"a\\\",b\",[1, 2]", "0,\"a\\\",b\",[1, 2]"}, {"false,null", "false,null"}, {"nocallback", "nocallback"},
-            {"transport-error", "transport-error"}, {"0,", "0,"}};
+            {"transport-error", "transport-error"}, {"0,", "0,"}, {"0,bytes:41ff42", "0,bytes:41ff42"}};
         for (String[] c : cases) {
             Check.eq(c[1], Answers.requote(c[0]), "requote " + c[0]);
         }
