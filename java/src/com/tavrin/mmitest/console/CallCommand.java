@@ -19,7 +19,7 @@ import picocli.CommandLine.Parameters;
 import picocli.CommandLine.Spec;
 
 /** {@code ./mmi call}: one native method against a simulated device set up by the options. */
-@Command(name = "call", sortOptions = false,
+@Command(name = "call", sortOptions = false, header = "One native method against the simulated device",
         description = {"One native method. Prints 'result: VALUE', then 'field: NAME = VALUE' for each static field "
                 + "of MmiNativeManager the call wrote, 'log: P TEXT' for every log line and "
                 + "'call: SERVICE.OPERATION(ARGS)' for every call a service received."})

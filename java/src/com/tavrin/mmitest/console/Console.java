@@ -60,7 +60,8 @@ public final class Console implements Callable<Integer> {
         line.setExpandAtFiles(false);
         line.setStopAtPositional(true);
         line.setParameterExceptionHandler(Console::refuse);
-        line.getSubcommands().get("call").getCommandSpec().usageMessage().footer(footer());
+        line.getSubcommands().get("run").getCommandSpec().usageMessage().footer(DEVICE_NOTES.toArray(new String[0]));
+        line.getSubcommands().get("call").getCommandSpec().usageMessage().footer(callFooter());
         return line;
     }
 
@@ -97,15 +98,20 @@ public final class Console implements Callable<Integer> {
         return e.getMessage();
     }
 
-    private static String[] footer() {
-        List<String> lines = new ArrayList<>(List.of("",
-                "SERVICE  " + String.join(", ", DeviceOptions.SERVICES),
-                "ANSWER   nocallback, transport-error, or values separated by commas: 7, true,",
-                "         \"text\", [1,2,3]; quote the whole option for the shell to keep the quotes",
-                "         (a bare word is taken as text: power.getPowerState=5,x)",
-                "ARG      int, long: -12   boolean: true   String: '\"a\\u00e9\\n\"', a bare word, or null",
-                "         int[]: '[1,2,3]'   byte[]: x007fa5ff   BigDataValue, BigDataOperation:",
-                "         '{\"mVersion\":1,\"mBsn\":\"X\"}' (fields left out keep their defaults)",
+    /** SERVICE and ANSWER, for run and call. */
+    private static final List<String> DEVICE_NOTES = List.of("",
+            "SERVICE  " + String.join(", ", DeviceOptions.SERVICES),
+            "ANSWER   nocallback, transport-error, or values separated by commas: 7, true,",
+            "         \"text\", [1,2,3]; quote the whole option for the shell to keep the",
+            "         quotes (a bare word is taken as text: power.getPowerState=5,x)");
+
+    private static String[] callFooter() {
+        List<String> lines = new ArrayList<>(DEVICE_NOTES);
+        lines.addAll(List.of(
+                "ARG      int, long: -12   boolean: true   String: '\"a\\u00e9\\n\"', a bare word,",
+                "         or null   int[]: '[1,2,3]'   byte[]: x007fa5ff",
+                "         BigDataValue, BigDataOperation: '{\"mVersion\":1,\"mBsn\":\"X\"}'",
+                "         (fields left out keep their defaults)",
                 "",
                 "METHOD"));
         for (Method m : Natives.all()) {

@@ -20,7 +20,7 @@ import picocli.CommandLine.Option;
 import picocli.CommandLine.Spec;
 
 /** {@code ./mmi run}: the factory-test sequence, then the service-death drill. */
-@Command(name = "run", sortOptions = false,
+@Command(name = "run", sortOptions = false, header = "The factory-test sequence, then a service-death drill",
         description = {"The factory-test sequence over every native method against the simulated device, one row "
                 + "per step with its verdict, then a drill that kills and revives the power service. The exit "
                 + "code is 0 when every step and every drill check passes."})
