@@ -82,7 +82,7 @@ final class Answers {
         return -1;
     }
 
-    /** Splits at the commas that are outside quotes, brackets and braces. */
+    /** Splits at the commas that are outside quotes and brackets. */
     static List<String> fields(String answer) {
         List<String> fields = new ArrayList<>();
         int depth = 0;
@@ -98,9 +98,9 @@ final class Answers {
                 }
             } else if (c == '"') {
                 quoted = true;
-            } else if (c == '[' || c == '{') {
+            } else if (c == '[') {
                 depth++;
-            } else if (c == ']' || c == '}') {
+            } else if (c == ']') {
                 depth--;
             } else if (c == ',' && depth == 0) {
                 fields.add(answer.substring(start, i));

@@ -199,7 +199,7 @@ final class Values {
 
     /** The reader's complaint, worded for someone typing a command line rather than calling the reader. */
     private static IllegalArgumentException syntaxError(Exception e, String text) {
-        String reason = String.valueOf(e.getMessage());
+        String reason = e.getMessage() == null || e.getMessage().isEmpty() ? "malformed JSON" : e.getMessage();
         if (e instanceof NumberFormatException) {
             reason = "malformed escape " + reason;
         }
