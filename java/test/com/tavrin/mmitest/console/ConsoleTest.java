@@ -9,12 +9,17 @@ import com.google.gson.JsonElement;
 import com.google.gson.JsonParser;
 
 import java.io.File;
+import java.lang.invoke.MethodType;
+import java.lang.reflect.Method;
 import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import java.util.Set;
+import java.util.TreeSet;
+import java.util.stream.Collectors;
 
 import javax.xml.stream.XMLStreamException;
 
@@ -28,7 +33,8 @@ public final class ConsoleTest {
     private ConsoleTest() {}
 
     public static void main(String[] args) {
-        Check.groups(List.of(ConsoleTest::parsing, ConsoleTest::printing, ConsoleTest::callLines, ConsoleTest::files));
+        Check.groups(List.of(ConsoleTest::parsing, ConsoleTest::printing, ConsoleTest::callLines, ConsoleTest::files,
+                ConsoleTest::sequence));
     }
 
     private static void parsing() {
@@ -205,5 +211,22 @@ public final class ConsoleTest {
         } catch (IOException | XMLStreamException e) {
             throw new IllegalStateException(e);
         }
+    }
+
+    /** The sequence covers every native method, and every step's arguments fit its method. */
+    private static void sequence() {
+        Check.group = "factory-test sequence";
+        Set<String> covered = new TreeSet<>();
+        for (FactorySequence.Step step : FactorySequence.steps()) {
+            covered.add(step.method);
+            Class<?>[] types = step.resolve().getParameterTypes();
+            boolean fits = types.length == step.args.length;
+            for (int i = 0; fits && i < types.length; i++) {
+                fits = MethodType.methodType(types[i]).wrap().returnType().isInstance(step.args[i]);
+            }
+            Check.that(fits, step.method + " takes " + Arrays.toString(types) + ", given " + Arrays.deepToString(step.args));
+        }
+        Check.eq(Natives.all().stream().map(Method::getName).collect(Collectors.toCollection(TreeSet::new)), covered,
+                "methods the sequence calls");
     }
 }
