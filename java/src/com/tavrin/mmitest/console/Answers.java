@@ -22,16 +22,65 @@ final class Answers {
         }
         List<String> out = new ArrayList<>();
         for (String field : fields(answer)) {
-            out.add(needsQuotes(field.strip()) ? Json.quote(field.strip()) : field);
+            // bytes:HEX is the device's own notation for a byte vector, not text.
+            boolean bare = needsQuotes(field.strip()) && !field.strip().startsWith("bytes:");
+            out.add(bare ? Values.quote(field.strip()) : field);
         }
         return String.join(",", out);
     }
 
+    /**
+     * A model object as typed on a command line, with its bare keys and bare text values quoted:
+     * {@code {mBsn:X, mTime: 10:11}} becomes {@code {"mBsn":"X","mTime":"10:11"}}. Anything else
+     * is left as it is for the JSON reader to judge.
+     */
+    static String quoteBareMembers(String text) {
+        String t = text.strip();
+        if (!t.startsWith("{")) {
+            return text;
+        }
+        boolean closed = t.length() > 1 && t.endsWith("}");
+        String inner = t.substring(1, closed ? t.length() - 1 : t.length());
+        if (inner.isBlank()) {
+            return text;
+        }
+        List<String> members = new ArrayList<>();
+        for (String member : fields(inner)) {
+            int colon = colon(member);
+            if (colon < 0) {
+                members.add(member);
+                continue;
+            }
+            String key = member.substring(0, colon).strip();
+            String value = member.substring(colon + 1).strip();
+            members.add((key.startsWith("\"") ? key : Values.quote(key)) + ":"
+                    + (needsQuotes(value) ? Values.quote(value) : value));
+        }
+        return "{" + String.join(",", members) + (closed ? "}" : "");
+    }
+
+    /** Whether a field can only have been meant as text: no JSON literal, number, string or array. */
     private static boolean needsQuotes(String field) {
         return !field.isEmpty() && !field.startsWith("\"") && !field.startsWith("[")
                 && !field.startsWith("bytes:")  // a text given as its bytes in hexadecimal
                 && !field.equals("true") && !field.equals("false") && !field.equals("null")
                 && !NUMBER.matcher(field).matches();
+    }
+
+    /** The first colon outside quotes, -1 if none. */
+    private static int colon(String member) {
+        boolean quoted = false;
+        for (int i = 0; i < member.length(); i++) {
+            char c = member.charAt(i);
+            if (quoted && c == '\\') {
+                i++;
+            } else if (c == '"') {
+                quoted = !quoted;
+            } else if (c == ':' && !quoted) {
+                return i;
+            }
+        }
+        return -1;
     }
 
     /** Splits at the commas that are outside quotes and brackets. */

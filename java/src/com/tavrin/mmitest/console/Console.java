@@ -1,145 +1,122 @@
 package com.tavrin.mmitest.console;
 
-import com.tavrin.mmitest.sim.SimulatedDevice;
-
 import java.io.FileDescriptor;
 import java.io.FileOutputStream;
-import java.io.PrintStream;
+import java.io.OutputStreamWriter;
+import java.io.PrintWriter;
 import java.lang.reflect.Method;
 import java.nio.charset.StandardCharsets;
-import java.util.Arrays;
+import java.util.ArrayList;
 import java.util.List;
+import java.util.concurrent.Callable;
+
+import picocli.CommandLine;
+import picocli.CommandLine.Command;
+import picocli.CommandLine.MissingParameterException;
+import picocli.CommandLine.Model.OptionSpec;
+import picocli.CommandLine.ParameterException;
+import picocli.CommandLine.TypeConversionException;
+import picocli.CommandLine.UnmatchedArgumentException;
 
 /**
  * The factory-test console: the native library in front of the simulated device.
  *
- * <pre>
- * run                          the factory-test sequence, then a service-death drill
- * call [OPTIONS] METHOD ARGS   one native method; prints its result, log lines and service calls
- * </pre>
- *
- * Exit codes: 0 done, 1 the library or the drill failed, 2 a command line the console refuses.
+ * <p>Exit codes: 0 done, 1 the library, a step or the drill failed, 2 a command line the console
+ * refuses.
  */
-public final class Console {
+@Command(name = "mmi", subcommands = {FactoryRun.class, CallCommand.class, CommandLine.HelpCommand.class},
+        description = "The factory-test console: the native library in front of the simulated device.")
+public final class Console implements Callable<Integer> {
     static final int OK = 0;
     static final int FAILED = 1;
     static final int USAGE = 2;
 
-    private Console() {}
+    @CommandLine.Spec
+    CommandLine.Model.CommandSpec spec;
 
     public static void main(String[] args) {
-        // UTF-8 whatever the locale: device texts and log lines may carry any character.
-        PrintStream out = new PrintStream(new FileOutputStream(FileDescriptor.out), true, StandardCharsets.UTF_8);
-        PrintStream err = new PrintStream(new FileOutputStream(FileDescriptor.err), true, StandardCharsets.UTF_8);
-        int code;
-        if (args.length == 0 || args[0].equals("help") || args[0].equals("--help") || args[0].equals("-h")) {
-            usage(out);
-            code = OK;
-        } else if (args[0].equals("run") && args.length == 1) {
-            code = FactoryRun.run(out, err);
-        } else if (args[0].equals("call")) {
-            code = call(Arrays.asList(args).subList(1, args.length), out, err);
-        } else {
-            err.println("mmi: unknown command: " + String.join(" ", args));
-            usage(err);
-            code = USAGE;
-        }
-        out.flush();
-        err.flush();
+        CommandLine line = commandLine();
+        int code = line.execute(args);
+        line.getOut().flush();
+        line.getErr().flush();
         System.exit(code);
     }
 
-    static void usage(PrintStream out) {
-        out.println("usage: ./mmi run");
-        out.println("       ./mmi call [--absent SERVICE]... [--only-1.0 SERVICE]... "
-                + "[--answer SERVICE.OPERATION=ANSWER]... METHOD [ARG]...");
-        out.println();
-        out.println("run   the factory-test sequence over every native method against a healthy simulated");
-        out.println("      device, then a drill that kills and revives the power service");
-        out.println("call  one native method; prints 'result: VALUE', then 'log: P TEXT' for every log line");
-        out.println("      and 'call: SERVICE.OPERATION(ARGS)' for every call a service received");
-        out.println();
-        out.println("SERVICE    " + String.join(", ", CallRequest.SERVICES)
-                + " (--only-1.0: " + String.join(", ", CallRequest.VERSIONED) + ")");
-        out.println("ANSWER     nocallback, transport-error, or values separated by commas: 7, true,");
-        out.println("           \"text\", [1,2,3]; quote the whole option for the shell to keep the quotes");
-        out.println("           (a bare word is taken as text: power.getPowerState=5,x)");
-        out.println("ARG        int, long: -12   boolean: true   String: '\"a\\u00e9\\n\"', a bare word, or null");
-        out.println("           int[]: '[1,2,3]'   byte[]: x007fa5ff   BigDataValue, BigDataOperation:");
-        out.println("           '{\"mVersion\":1,\"mBsn\":\"X\"}' (fields left out keep their defaults)");
-        out.println();
-        out.println("METHOD");
-        for (Method m : Natives.all()) {
-            out.println("  " + Natives.signature(m));
-        }
-    }
-
-    static int call(List<String> args, PrintStream out, PrintStream err) {
-        if (args.isEmpty() || args.get(0).equals("--help") || args.get(0).equals("-h")) {
-            usage(out);
-            return OK;
-        }
-        CallRequest request;
-        try {
-            request = CallRequest.parse(args);
-        } catch (IllegalArgumentException e) {
-            err.println("mmi call: " + e.getMessage());
-            return USAGE;
-        }
-        for (String service : request.absent) {
-            SimulatedDevice.setAbsent(service, true);
-        }
-        for (String service : request.onlyV10) {
-            SimulatedDevice.setOnlyV10(service, true);
-        }
-        for (CallRequest.Answer answer : request.answers) {
-            String error = program(answer);
-            if (error != null) {
-                err.println("mmi call: --answer " + answer + ": " + error);
-                return USAGE;
-            }
-        }
-        SimulatedDevice.captureLogs();
-        SimulatedDevice.start();
-        try {
-            Natives.load();
-        } catch (IllegalStateException e) {
-            err.println("mmi call: " + e.getMessage());
-            return FAILED;
-        }
-        SimulatedDevice.waitIdle();
-        // What loading wrote and called is not the method's doing.
-        SimulatedDevice.takeLogs();
-        SimulatedDevice.takeCalls();
-        Object result;
-        try {
-            result = Natives.invoke(request.method, request.arguments);
-        } catch (Throwable t) {
-            err.println("mmi call: " + request.method.getName() + " threw " + t);
-            return FAILED;
-        }
-        SimulatedDevice.waitIdle();
-        out.println("result: " + Values.format(result));
-        for (String line : SimulatedDevice.takeLogs()) {
-            out.println("log: " + line);
-        }
-        for (String line : SimulatedDevice.takeCalls()) {
-            out.println("call: " + line);
-        }
+    @Override
+    public Integer call() {
+        spec.commandLine().usage(spec.commandLine().getOut());
         return OK;
     }
 
-    /** Programs an answer as typed, or with its bare words quoted; null when accepted, else why not. */
-    static String program(CallRequest.Answer answer) {
-        String error = SimulatedDevice.program(answer.service, answer.operation, answer.text);
-        if (error == null) {
-            return null;
+    /** The console's command line, writing UTF-8 whatever the locale: device texts may carry any character. */
+    static CommandLine commandLine() {
+        CommandLine line = new CommandLine(new Console());
+        line.setOut(new PrintWriter(new OutputStreamWriter(new FileOutputStream(FileDescriptor.out),
+                StandardCharsets.UTF_8), true));
+        line.setErr(new PrintWriter(new OutputStreamWriter(new FileOutputStream(FileDescriptor.err),
+                StandardCharsets.UTF_8), true));
+        // Method arguments are taken as typed: "@x" is a text, not a file to read arguments from,
+        // and everything after the method name is an argument, even "--x" or "-1".
+        line.setExpandAtFiles(false);
+        line.setStopAtPositional(true);
+        line.setParameterExceptionHandler(Console::refuse);
+        line.getSubcommands().get("run").getCommandSpec().usageMessage().footer(DEVICE_NOTES.toArray(new String[0]));
+        line.getSubcommands().get("call").getCommandSpec().usageMessage().footer(callFooter());
+        return line;
+    }
+
+    private static int refuse(ParameterException e, String[] args) {
+        CommandLine line = e.getCommandLine();
+        boolean top = line.getParent() == null;
+        line.getErr().println((top ? "mmi" : "mmi " + line.getCommandName()) + ": " + reason(e));
+        if (top) {
+            line.usage(line.getErr());
         }
-        String requoted = Answers.requote(answer.text);
-        if (requoted.equals(answer.text)) {
-            return error;
+        return USAGE;
+    }
+
+    /** What was wrong with the command line, naming the argument. */
+    static String reason(ParameterException e) {
+        if (e.getCause() instanceof TypeConversionException) {
+            return e.getCause().getMessage();
         }
-        String again = SimulatedDevice.program(answer.service, answer.operation, requoted);
-        return again == null ? null : error + "; quoted as " + requoted + ": " + again;
+        if (e instanceof MissingParameterException) {
+            for (CommandLine.Model.ArgSpec missing : ((MissingParameterException) e).getMissing()) {
+                if (missing instanceof OptionSpec) {
+                    return ((OptionSpec) missing).longestName() + " needs a value";
+                }
+            }
+        }
+        if (e instanceof UnmatchedArgumentException) {
+            List<String> unmatched = ((UnmatchedArgumentException) e).getUnmatched();
+            if (e.getCommandLine().getParent() == null) {
+                return "unknown command: " + String.join(" ", unmatched);
+            }
+            String first = unmatched.get(0);
+            return (first.startsWith("-") ? "unknown option " : "unexpected argument ") + first;
+        }
+        return e.getMessage();
+    }
+
+    /** SERVICE and ANSWER, for run and call. */
+    private static final List<String> DEVICE_NOTES = List.of("",
+            "SERVICE  " + String.join(", ", DeviceOptions.SERVICES),
+            "ANSWER   nocallback, transport-error, or values separated by commas: 7, true,",
+            "         \"text\", [1,2,3]; quote the whole option for the shell to keep the",
+            "         quotes (a bare word is taken as text: power.getPowerState=5,x)");
+
+    private static String[] callFooter() {
+        List<String> lines = new ArrayList<>(DEVICE_NOTES);
+        lines.addAll(List.of(
+                "ARG      int, long: -12   boolean: true   String: '\"a\\u00e9\\n\"', a bare word,",
+                "         or null   int[]: '[1,2,3]'   byte[]: x007fa5ff",
+                "         BigDataValue, BigDataOperation: '{\"mVersion\":1,\"mBsn\":\"X\"}'",
+                "         (fields left out keep their defaults)",
+                "",
+                "METHOD"));
+        for (Method m : Natives.all()) {
+            lines.add("  " + Natives.signature(m));
+        }
+        return lines.toArray(new String[0]);
     }
 }

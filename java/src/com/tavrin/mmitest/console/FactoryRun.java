@@ -2,122 +2,122 @@ package com.tavrin.mmitest.console;
 
 import com.tavrin.mmitest.console.FactorySequence.Probe;
 import com.tavrin.mmitest.console.FactorySequence.Step;
-import com.tavrin.mmitest.controller.MmiNativeManager;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
-import java.io.PrintStream;
+import java.io.IOException;
+import java.io.PrintWriter;
+import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
-import java.util.StringJoiner;
+import java.util.concurrent.Callable;
 
-/** {@code ./mmi run}: the factory-test sequence against a healthy device, then the service-death drill. */
-final class FactoryRun {
+import javax.xml.stream.XMLStreamException;
+
+import picocli.CommandLine;
+import picocli.CommandLine.Command;
+import picocli.CommandLine.Mixin;
+import picocli.CommandLine.Option;
+import picocli.CommandLine.Spec;
+
+/** {@code ./mmi run}: the factory-test sequence, then the service-death drill. */
+@Command(name = "run", sortOptions = false, header = "The factory-test sequence, then a service-death drill",
+        description = {"The factory-test sequence over every native method against the simulated device, one row "
+                + "per step with its verdict, then a drill that kills and revives the power service. The exit "
+                + "code is 0 when every step and every drill check passes."})
+final class FactoryRun implements Callable<Integer> {
     /** The service the drill kills. */
     static final String DRILL_SERVICE = "power";
 
-    private FactoryRun() {}
+    @Mixin
+    DeviceOptions device = new DeviceOptions();
 
-    static int run(PrintStream out, PrintStream err) {
-        SimulatedDevice.captureLogs();
-        SimulatedDevice.start();
+    @Option(names = "--junit", paramLabel = "FILE", description = "Write the results as JUnit XML.")
+    Path junit;
+
+    @Option(names = "--json", paramLabel = "FILE", description = "Write the results as JSON.")
+    Path json;
+
+    @Option(names = {"-h", "--help"}, usageHelp = true, description = "Print this help.")
+    boolean help;
+
+    @Spec
+    CommandLine.Model.CommandSpec spec;
+
+    @Override
+    public Integer call() {
+        PrintWriter out = spec.commandLine().getOut();
+        PrintWriter err = spec.commandLine().getErr();
+        String refused = device.apply();
+        if (refused != null) {
+            err.println("mmi run: " + refused);
+            return Console.USAGE;
+        }
+        RunReport report = new RunReport(DRILL_SERVICE);
         try {
-            Natives.load();
+            report.loadLogs = Natives.startDevice();
         } catch (IllegalStateException e) {
             err.println("mmi run: " + e.getMessage());
             return Console.FAILED;
         }
-        SimulatedDevice.waitIdle();
         out.println("Library loaded; it wrote:");
-        for (String line : SimulatedDevice.takeLogs()) {
+        for (String line : report.loadLogs) {
             out.println("  log: " + line);
         }
-        SimulatedDevice.takeCalls();
         out.println();
-        sequence(out);
+        sequence(out, report);
         out.println();
-        // Only the drill decides the exit code: the sequence's verdicts stay informational while
-        // native families are still being completed.
-        return drill(out) ? Console.OK : Console.FAILED;
-    }
-
-    /** What one request answered, shown as the console prints values. */
-    static final class Outcome {
-        final Object answer;
-        final String shown;
-        final boolean healthy;
-
-        Outcome(Step step) {
-            Object value;
-            String text;
-            boolean ok;
-            try {
-                value = Natives.invoke(step.resolve(), step.args);
-                text = Values.format(value);
-                ok = step.expect.test(value);
-            } catch (Throwable t) {
-                value = t;
-                text = "threw " + t;
-                ok = false;
+        drill(out, report);
+        try {
+            if (junit != null) {
+                report.writeJunit(junit);
             }
-            answer = value;
-            shown = text;
-            healthy = ok;
+            if (json != null) {
+                report.writeJson(json);
+            }
+        } catch (IOException | XMLStreamException e) {
+            err.println("mmi run: cannot write the results: " + e);
+            return Console.FAILED;
         }
+        return report.passed() ? Console.OK : Console.FAILED;
     }
 
-    static String arguments(Object[] args, String separator) {
-        StringJoiner shown = new StringJoiner(separator);
-        for (Object a : args) {
-            shown.add(Values.format(a));
-        }
-        return shown.toString();
+    /** Runs a step and judges its answer. */
+    static StepRecord run(Step step) {
+        StepRecord r = StepRecord.invoke(step.resolve(), step.args);
+        r.expected = step.expect.shown;
+        r.passed = r.thrown == null && step.expect.test(r.result);
+        return r;
     }
 
-    /**
-     * Runs every step and prints one row each. The verdicts are informational while native families
-     * are still being completed: an unfinished family answers its failure values and shows as FAIL.
-     */
-    static void sequence(PrintStream out) {
+    /** Runs every step and prints one row each, with its log lines when it fails. */
+    static void sequence(PrintWriter out, RunReport report) {
         List<Step> steps = FactorySequence.steps();
         Table table = new Table(new int[] {0, 0, 30, 34, 0, 0},
                 "#", "method", "arguments", "answer", "verdict", "healthy answer");
-        int passed = 0;
         for (int i = 0; i < steps.size(); i++) {
             Step step = steps.get(i);
-            Outcome outcome = new Outcome(step);
-            String[] logs = SimulatedDevice.takeLogs();
-            String[] calls = SimulatedDevice.takeCalls();
-            table.row(String.valueOf(i + 1), step.method, arguments(step.args, " "), outcome.shown,
-                    outcome.healthy ? "PASS" : "FAIL", step.expect.shown);
+            StepRecord r = run(step);
+            report.steps.add(r);
+            table.row(String.valueOf(i + 1), step.method, r.shownArguments(" "), r.shown(),
+                    r.passed ? "PASS" : "FAIL", step.expect.shown);
             if (step.showCalls) {
-                for (String call : calls) {
+                for (String call : r.calls) {
                     table.note("service received: " + call);
                 }
             }
-            if (step.showField != null) {
-                table.note("MmiNativeManager." + step.showField + " = " + Values.format(staticField(step.showField)));
-            }
-            if (outcome.healthy) {
-                passed++;
-            } else {
-                for (String line : logs) {
+            r.fields.forEach((name, value) -> table.note("MmiNativeManager." + name + " = " + Values.format(value)));
+            if (!r.passed) {
+                for (String line : r.logs) {
                     table.note("log: " + line);
                 }
             }
         }
         long methods = steps.stream().map(s -> s.method).distinct().count();
+        int failed = report.failedSteps();
         out.println("Factory-test sequence");
         table.print(out);
-        out.println("sequence: " + passed + " passed, " + (steps.size() - passed) + " failed of " + steps.size()
+        out.println("sequence: " + (steps.size() - failed) + " passed, " + failed + " failed of " + steps.size()
                 + " steps over " + methods + " methods");
-    }
-
-    private static Object staticField(String name) {
-        try {
-            return MmiNativeManager.class.getField(name).get(null);
-        } catch (ReflectiveOperationException e) {
-            throw new IllegalStateException(e);
-        }
     }
 
     /**
@@ -125,97 +125,87 @@ final class FactoryRun {
      * probe that answered before must answer its failure value without reaching a service; after the
      * registration report every probe must answer as before.
      */
-    static boolean drill(PrintStream out) {
+    static void drill(PrintWriter out, RunReport report) {
         out.println("Service-death drill: kill " + DRILL_SERVICE + ", then revive it");
         SimulatedDevice.takeLogs();
         SimulatedDevice.takeCalls();
         List<Probe> probes = FactorySequence.probes();
-        Tally checks = new Tally();
-
-        List<Outcome> before = new ArrayList<>();
-        Table table = new Table(new int[6], "service", "request", "before", "while down", "after revive", "check");
-        for (Probe p : probes) {
-            before.add(new Outcome(p.step));
-        }
-        SimulatedDevice.takeLogs();
-        SimulatedDevice.takeCalls();
+        List<StepRecord> before = probe(probes);
 
         SimulatedDevice.kill(DRILL_SERVICE);
         SimulatedDevice.waitIdle();
-        String[] deathLogs = SimulatedDevice.takeLogs();
-        List<Outcome> down = new ArrayList<>();
-        for (Probe p : probes) {
-            down.add(new Outcome(p.step));
+        report.killLogs = SimulatedDevice.takeLogs();
+        SimulatedDevice.takeCalls();
+        List<StepRecord> down = probe(probes);
+        List<String> downLogs = new ArrayList<>();
+        int downCalls = 0;
+        for (StepRecord r : down) {
+            downLogs.addAll(List.of(r.logs));
+            downCalls += r.calls.length;
         }
-        String[] downLogs = SimulatedDevice.takeLogs();
-        String[] downCalls = SimulatedDevice.takeCalls();
+        report.downLogs = downLogs.toArray(new String[0]);
 
         SimulatedDevice.revive(DRILL_SERVICE);
         SimulatedDevice.waitIdle();
-        String[] reviveLogs = SimulatedDevice.takeLogs();
+        report.reviveLogs = SimulatedDevice.takeLogs();
         SimulatedDevice.takeCalls();
-        List<Outcome> after = new ArrayList<>();
-        for (Probe p : probes) {
-            after.add(new Outcome(p.step));
-        }
-        SimulatedDevice.takeLogs();
-        SimulatedDevice.takeCalls();
+        List<StepRecord> after = probe(probes);
 
+        Table table = new Table(new int[6], "service", "request", "before", "while down", "after revive", "check");
         int killedHealthy = 0;
         int othersHealthy = 0;
         for (int i = 0; i < probes.size(); i++) {
             Probe p = probes.get(i);
+            StepRecord b = before.get(i);
+            StepRecord d = down.get(i);
+            StepRecord a = after.get(i);
+            String request = p.step.method + "(" + b.shownArguments(", ") + ")";
             String verdict;
-            if (!before.get(i).healthy) {
+            RunReport.Status status;
+            if (!b.passed) {
                 verdict = "not checked: failing before the kill";
+                status = RunReport.Status.SKIPPED;
             } else {
                 if (p.service.equals(DRILL_SERVICE)) {
                     killedHealthy++;
                 } else {
                     othersHealthy++;
                 }
-                boolean released = p.step.isFailureValue(down.get(i).answer);
-                boolean restored = after.get(i).healthy && before.get(i).shown.equals(after.get(i).shown);
+                boolean released = d.thrown == null && p.step.isFailureValue(d.result);
+                boolean restored = a.passed && b.shown().equals(a.shown());
                 verdict = released && restored ? "ok" : !released ? "FAIL: answered while down" : "FAIL: not restored";
-                checks.count(released && restored);
+                status = released && restored ? RunReport.Status.OK : RunReport.Status.FAIL;
             }
-            table.row(p.service, p.step.method + "(" + arguments(p.step.args, ", ") + ")", before.get(i).shown,
-                    down.get(i).shown, after.get(i).shown, verdict);
+            report.checks.add(new RunReport.DrillCheck(p.service + ": " + request, status, verdict,
+                    List.of("before: " + b.shown(), "while down: " + d.shown(), "after revive: " + a.shown())));
+            table.row(p.service, request, b.shown(), d.shown(), a.shown(), verdict);
         }
-        checks.line(killedHealthy > 0, killedHealthy + " request(s) of " + DRILL_SERVICE + " and " + othersHealthy
-                + " of other services answered before the kill");
-        checks.line(contains(deathLogs, "ProcessServiceDied"), "the death is reported");
-        checks.line(downCalls.length == 0,
-                "no service is called while the handles are released (" + downCalls.length + " calls)");
-        checks.line(contains(reviveLogs, "ReinitHal"), "the new registration is reported");
+        report.line(killedHealthy > 0, "requests answer before the kill", killedHealthy + " request(s) of "
+                + DRILL_SERVICE + " and " + othersHealthy + " of other services answered before the kill");
+        report.line(contains(report.killLogs, "ProcessServiceDied"), "the death is reported", "the death is reported");
+        report.line(downCalls == 0, "no service is called while down",
+                "no service is called while the handles are released (" + downCalls + " calls)");
+        report.line(contains(report.reviveLogs, "ReinitHal"), "the new registration is reported",
+                "the new registration is reported");
 
         table.print(out);
-        printLogs(out, "at the kill", deathLogs);
-        printLogs(out, "while down", downLogs);
-        printLogs(out, "at the revival", reviveLogs);
-        for (String line : checks.lines) {
-            out.println("  " + line);
+        printLogs(out, "at the kill", report.killLogs);
+        printLogs(out, "while down", report.downLogs);
+        printLogs(out, "at the revival", report.reviveLogs);
+        for (RunReport.DrillCheck c : report.checks) {
+            if (c.detail.isEmpty()) {
+                out.println("  " + (c.status == RunReport.Status.OK ? "ok    " : "FAIL  ") + c.message);
+            }
         }
-        out.println("drill: " + checks.passed + " of " + checks.total + " checks passed");
-        return checks.passed == checks.total;
+        out.println("drill: " + report.passedChecks() + " of " + report.countedChecks() + " checks passed");
     }
 
-    private static final class Tally {
-        int total;
-        int passed;
-        final List<String> lines = new ArrayList<>();
-
-        /** A check shown in a table row. */
-        void count(boolean ok) {
-            total++;
-            passed += ok ? 1 : 0;
+    private static List<StepRecord> probe(List<Probe> probes) {
+        List<StepRecord> records = new ArrayList<>();
+        for (Probe p : probes) {
+            records.add(run(p.step));
         }
-
-        /** A check shown on a line of its own. */
-        void line(boolean ok, String what) {
-            count(ok);
-            lines.add((ok ? "ok    " : "FAIL  ") + what);
-        }
+        return records;
     }
 
     private static boolean contains(String[] lines, String text) {
@@ -227,7 +217,7 @@ final class FactoryRun {
         return false;
     }
 
-    private static void printLogs(PrintStream out, String when, String[] lines) {
+    private static void printLogs(PrintWriter out, String when, String[] lines) {
         out.println("Log " + when + ":");
         for (String line : lines) {
             out.println("  log: " + line);
@@ -261,7 +251,7 @@ final class FactoryRun {
             return limit == 0 || cell.length() <= limit ? cell : cell.substring(0, limit - 3) + "...";
         }
 
-        void print(PrintStream out) {
+        void print(PrintWriter out) {
             int columns = rows.get(0).length;
             int[] width = new int[columns];
             for (String[] row : rows) {

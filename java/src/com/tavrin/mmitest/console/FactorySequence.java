@@ -56,8 +56,6 @@ final class FactorySequence {
         final Expect expect;
         /** Show the service calls the step made, for steps whose point is what the service received. */
         boolean showCalls;
-        /** A static field of MmiNativeManager the step writes, shown after it. */
-        String showField;
         /** What the method answers when its service is gone, if not the usual value of its type. */
         private Object failure;
         private boolean failureGiven;
@@ -70,11 +68,6 @@ final class FactorySequence {
 
         Step calls() {
             showCalls = true;
-            return this;
-        }
-
-        Step field(String name) {
-            showField = name;
             return this;
         }
 
@@ -144,11 +137,11 @@ final class FactorySequence {
                 step("getTpPressureVerifyResultNative", QUANTITY, 1),
                 step("controlTpPressureCalibModeNative", TRUE, 1),
                 // Capacitance, touch keys, touch features, crown.
-                step("getCapacitanceTestResultNative", CODE).field("sTpCapacitanceFailInfo"),
+                step("getCapacitanceTestResultNative", CODE),
                 step("getCapacitanceCalibrateResultNative", text("Capacitance Calibrate Failed"), 0)
                         .failsWith("Capacitance Calibrate Failed"),
                 step("getTouchKeySupportFlagNative", QUANTITY),
-                step("getTouchKeyCapacitanceTestResultNative", CODE).field("sTouchKeyCapacitanceFailInfo"),
+                step("getTouchKeyCapacitanceTestResultNative", CODE),
                 step("setTouchScreenFeatureConfigNative", CODE, 1, "glove=1"),
                 step("getRotaryCrownSelfTestNative", text("error")),
                 // Sensors: calibrate, then self-test, each after its delay.

@@ -1,6 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import com.tavrin.mmitest.controller.MmiNativeManager;
+import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
@@ -69,6 +70,19 @@ final class Natives {
     private static String describe(Parameter p) {
         String type = p.getType().getSimpleName();
         return p.isNamePresent() ? type + " " + p.getName() : type;
+    }
+
+    /**
+     * Starts the simulated device as set up so far and loads the library in front of it. Returns
+     * the log lines loading wrote; the calls it made are dropped, as no request made them.
+     */
+    static String[] startDevice() {
+        SimulatedDevice.captureLogs();
+        SimulatedDevice.start();
+        load();
+        SimulatedDevice.waitIdle();
+        SimulatedDevice.takeCalls();
+        return SimulatedDevice.takeLogs();
     }
 
     /** Loads and binds the library; the message says why when it cannot. */

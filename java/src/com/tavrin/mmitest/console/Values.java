@@ -1,10 +1,27 @@
 package com.tavrin.mmitest.console;
 
+import com.google.gson.Gson;
+import com.google.gson.JsonElement;
+import com.google.gson.JsonObject;
+import com.google.gson.TypeAdapter;
+import com.google.gson.stream.JsonReader;
+import com.google.gson.stream.JsonToken;
+import com.google.gson.stream.JsonWriter;
+
+import java.io.FilterWriter;
+import java.io.IOException;
+import java.io.StringReader;
+import java.io.StringWriter;
+import java.io.UncheckedIOException;
+import java.io.Writer;
 import java.lang.reflect.Field;
 import java.lang.reflect.Modifier;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import java.util.Map;
+import java.util.regex.Matcher;
+import java.util.regex.Pattern;
 
 /**
  * Java values as the console reads them from the command line and prints them.
@@ -14,8 +31,14 @@ import java.util.List;
  * {@code [1,2,3]}; byte[] as {@code x007fa5ff}; a model object as a JSON object of its fields,
  * whose keys and text values may also go without quotes. Everything but a primitive may be
  * {@code null}.
+ *
+ * <p>Printed JSON is ASCII only (everything else as \\uXXXX), so results survive any terminal
+ * encoding and can be pasted back as arguments.
  */
 final class Values {
+    private static final TypeAdapter<JsonElement> TREE = new Gson().getAdapter(JsonElement.class);
+    private static final Pattern DECIMAL = Pattern.compile("-?[0-9]+");
+
     private Values() {}
 
     static Object parse(Class<?> type, String text) {
@@ -60,7 +83,7 @@ final class Values {
 
     /** Only plain decimal: no '+', no blanks, nothing the parsers would quietly accept. */
     private static String integerText(String text) {
-        if (!text.matches("-?[0-9]+")) {
+        if (!DECIMAL.matcher(text).matches()) {
             throw new NumberFormatException(text);
         }
         return text;
@@ -70,24 +93,25 @@ final class Values {
         if (!text.startsWith("\"")) {
             return text;
         }
-        Json.Reader in = new Json.Reader(text);
-        String value = in.string();
-        in.expectEnd();
-        return value;
+        JsonElement e = json(text, false);
+        if (!e.isJsonPrimitive() || !e.getAsJsonPrimitive().isString()) {
+            throw new IllegalArgumentException("not a JSON string: " + text);
+        }
+        return e.getAsString();
     }
 
+    /** Lenient, so that [01] reads as it always did; every element must still be a decimal int. */
     static int[] parseIntArray(String text) {
-        Json.Reader in = new Json.Reader(text);
-        List<Integer> values = new ArrayList<>();
-        in.expect('[');
-        if (!in.accept(']')) {
-            do {
-                values.add(parseInt(in.integer()));
-            } while (in.accept(','));
-            in.expect(']');
+        JsonElement e = json(text, true);
+        if (!e.isJsonArray()) {
+            throw new IllegalArgumentException("not an int array: " + text);
         }
-        in.expectEnd();
-        return values.stream().mapToInt(Integer::intValue).toArray();
+        int[] values = new int[e.getAsJsonArray().size()];
+        for (int i = 0; i < values.length; i++) {
+            JsonElement v = e.getAsJsonArray().get(i);
+            values[i] = parseInt(v.isJsonPrimitive() ? v.getAsString() : v.toString());
+        }
+        return values;
     }
 
     static byte[] parseBytes(String text) {
@@ -109,22 +133,18 @@ final class Values {
         } catch (ReflectiveOperationException e) {
             throw new IllegalArgumentException("cannot make a " + type.getSimpleName() + " from the command line");
         }
-        Json.Reader in = new Json.Reader(text);
-        in.expect('{');
-        if (!in.accept('}')) {
-            do {
-                String key = in.peek() == '"' ? in.string() : in.bare(":,}");
-                Field field = field(type, key);
-                in.expect(':');
-                try {
-                    field.set(object, fieldValue(field, in));
-                } catch (IllegalAccessException e) {
-                    throw new IllegalStateException(e);
-                }
-            } while (in.accept(','));
-            in.expect('}');
+        JsonElement e = json(Answers.quoteBareMembers(text), false);
+        if (!e.isJsonObject()) {
+            throw new IllegalArgumentException("not a JSON object: " + text);
         }
-        in.expectEnd();
+        for (Map.Entry<String, JsonElement> member : ((JsonObject) e).entrySet()) {
+            Field field = field(type, member.getKey());
+            try {
+                field.set(object, fieldValue(field, member.getValue()));
+            } catch (IllegalAccessException x) {
+                throw new IllegalStateException(x);
+            }
+        }
         return object;
     }
 
@@ -137,15 +157,60 @@ final class Values {
         throw new IllegalArgumentException(type.getSimpleName() + " has no field " + name);
     }
 
-    private static Object fieldValue(Field field, Json.Reader in) {
+    /** An int field takes a bare decimal; a String field any scalar, as written, or null. */
+    private static Object fieldValue(Field field, JsonElement value) {
+        boolean number = value.isJsonPrimitive() && value.getAsJsonPrimitive().isNumber();
         if (field.getType() == int.class) {
-            return parseInt(in.integer());
+            if (!number) {
+                throw new IllegalArgumentException(field.getName() + " takes an integer, got " + value);
+            }
+            return parseInt(value.getAsString());
         }
-        if (in.peek() == '"') {
-            return in.string();
+        if (value.isJsonNull()) {
+            return null;
         }
-        String word = in.bare(",}");
-        return word.equals("null") ? null : word;
+        if (!value.isJsonPrimitive()) {
+            throw new IllegalArgumentException(field.getName() + " takes a text, got " + value);
+        }
+        return value.getAsString();
+    }
+
+    /** One JSON value filling the whole text; errors name the position and the text. */
+    private static JsonElement json(String text, boolean lenient) {
+        JsonReader in = new JsonReader(new StringReader(text));
+        in.setLenient(lenient);
+        JsonElement value;
+        try {
+            value = TREE.read(in);
+        } catch (IOException | RuntimeException e) {
+            throw syntaxError(e, text);
+        }
+        try {
+            if (in.peek() == JsonToken.END_DOCUMENT) {
+                return value;
+            }
+        } catch (IOException | RuntimeException e) {
+            // The reader refuses what follows the value; that is the error to report.
+        }
+        throw new IllegalArgumentException("unexpected text after the value: " + text);
+    }
+
+    private static final Pattern GSON_POSITION = Pattern.compile("(.*) at line 1 column (\\d+) path .*");
+
+    /** The reader's complaint, worded for someone typing a command line rather than calling the reader. */
+    private static IllegalArgumentException syntaxError(Exception e, String text) {
+        String reason = e.getMessage() == null || e.getMessage().isEmpty() ? "malformed JSON" : e.getMessage();
+        if (e instanceof NumberFormatException) {
+            reason = "malformed escape " + reason;
+        }
+        reason = reason.replace("Use JsonReader.setLenient(true) to accept malformed JSON", "malformed JSON");
+        Matcher m = GSON_POSITION.matcher(reason);
+        String where = " in " + text;
+        if (m.matches()) {
+            reason = m.group(1);
+            where = " at position " + (Integer.parseInt(m.group(2)) - 1) + " of " + text;
+        }
+        return new IllegalArgumentException(Character.toLowerCase(reason.charAt(0)) + reason.substring(1) + where);
     }
 
     /** The public instance fields of a model class, in declaration order. */
@@ -163,36 +228,102 @@ final class Values {
 
     /** Prints a value the way the parser above reads it back. */
     static String format(Object value) {
-        if (value == null) {
-            return "null";
-        }
-        if (value instanceof String) {
-            return Json.quote((String) value);
-        }
         if (value instanceof int[]) {
             return Arrays.toString((int[]) value);
         }
         if (value instanceof byte[]) {
-            StringBuilder out = new StringBuilder("x");
-            for (byte b : (byte[]) value) {
-                out.append(String.format("%02x", b & 0xff));
-            }
-            return out.toString();
+            return hex((byte[]) value);
         }
-        if (value instanceof Number || value instanceof Boolean) {
-            return value.toString();
+        StringWriter text = new StringWriter();
+        try (JsonWriter out = jsonWriter(text)) {
+            write(out, value);
+        } catch (IOException e) {
+            throw new UncheckedIOException(e);
         }
-        StringBuilder out = new StringBuilder("{");
-        for (Field f : fields(value.getClass())) {
-            if (out.length() > 1) {
-                out.append(',');
+        return text.toString();
+    }
+
+    static String quote(String s) {
+        return format(s);
+    }
+
+    private static String hex(byte[] bytes) {
+        StringBuilder out = new StringBuilder("x");
+        for (byte b : bytes) {
+            out.append(String.format("%02x", b & 0xff));
+        }
+        return out.toString();
+    }
+
+    /** Writes a value as JSON; a byte[] as its command-line text, so that it reads back. */
+    static void write(JsonWriter out, Object value) throws IOException {
+        if (value == null) {
+            out.nullValue();
+        } else if (value instanceof String) {
+            out.value((String) value);
+        } else if (value instanceof Boolean) {
+            out.value((Boolean) value);
+        } else if (value instanceof Number) {
+            out.value((Number) value);
+        } else if (value instanceof int[]) {
+            out.beginArray();
+            for (int v : (int[]) value) {
+                out.value(v);
             }
-            try {
-                out.append(Json.quote(f.getName())).append(':').append(format(f.get(value)));
-            } catch (IllegalAccessException e) {
-                throw new IllegalStateException(e);
+            out.endArray();
+        } else if (value instanceof byte[]) {
+            out.value(hex((byte[]) value));
+        } else {
+            out.beginObject();
+            for (Field f : fields(value.getClass())) {
+                out.name(f.getName());
+                try {
+                    write(out, f.get(value));
+                } catch (IllegalAccessException e) {
+                    throw new IllegalStateException(e);
+                }
+            }
+            out.endObject();
+        }
+    }
+
+    /** A JSON writer whose output is ASCII whatever the texts hold. */
+    static JsonWriter jsonWriter(Writer out) {
+        JsonWriter w = new JsonWriter(new AsciiWriter(out));
+        w.setSerializeNulls(true);
+        return w;
+    }
+
+    /**
+     * Escapes every character above 0x7e as \\uXXXX. The JSON writer only ever emits such
+     * characters inside strings, where the escape means the same character.
+     */
+    private static final class AsciiWriter extends FilterWriter {
+        AsciiWriter(Writer out) {
+            super(out);
+        }
+
+        @Override
+        public void write(int c) throws IOException {
+            if (c > 0x7e) {
+                out.write(String.format("\\u%04x", c));
+            } else {
+                out.write(c);
             }
         }
-        return out.append('}').toString();
+
+        @Override
+        public void write(char[] chars, int offset, int length) throws IOException {
+            for (int i = offset; i < offset + length; i++) {
+                write(chars[i]);
+            }
+        }
+
+        @Override
+        public void write(String s, int offset, int length) throws IOException {
+            for (int i = offset; i < offset + length; i++) {
+                write(s.charAt(i));
+            }
+        }
     }
 }

@@ -1,10 +1,20 @@
 package com.tavrin.mmitest.console;
 
+import com.google.gson.JsonObject;
+import com.google.gson.JsonParser;
+
+import java.io.File;
 import java.io.IOException;
+import java.io.UncheckedIOException;
 import java.nio.charset.StandardCharsets;
+import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.stream.Collectors;
+
+import org.w3c.dom.Document;
+import org.w3c.dom.Element;
 
 /**
  * The console as ./mmi runs it, in a JVM of its own per command line, against the library and the
@@ -24,14 +34,82 @@ public final class ConsoleEndToEndTest {
                     + "call: power.getPowerState(\"battery\")\n", r[1], "a failing code empties the power state");
             r = console(args, "call", "--answer", "power.getPowerStat=5", "getPowerStateNative", "battery");
             Check.that(r[0].equals("2") && r[1].isEmpty(), "an answer the device refuses ends the console: " + r[1]);
+            // A written field is shown even when the text it wrote was already there.
+            String[][] fields = {
+                {"getCapacitanceTestResultNative", "field: sTpCapacitanceFailInfo = \"\"\n"},
+                {"--answer", "touchscreen.getCapacitanceTestResult=3,open at 4", "getCapacitanceTestResultNative",
+                    "field: sTpCapacitanceFailInfo = \"open at 4\"\n"},
+                {"--answer", "otherdevices.getTouchkeyCapacitanceTestResult=1,\"k\\u00e9y\"", "getTouchKeyCapacitanceTestResultNative",
+                    "field: sTouchKeyCapacitanceFailInfo = \"k\\u00e9y\"\n"},
+                {"--absent", "touchscreen", "getCapacitanceTestResultNative", ""},
+            };
+            for (String[] c : fields) {
+                List<String> line = new ArrayList<>(List.of("call"));
+                line.addAll(List.of(c).subList(0, c.length - 1));
+                r = console(args, line.toArray(new String[0]));
+                String shown = String.join("", r[1].lines().filter(l -> l.startsWith("field: ")).map(l -> l + "\n")
+                        .toArray(String[]::new));
+                Check.eq(c[c.length - 1], shown, String.join(" ", line));
+            }
+            r = console(args, "call", "--json", "getBsnNative");
+            JsonObject o = JsonParser.parseString(r[1]).getAsJsonObject();
+            Check.that(r[0].equals("0") && r[1].lines().count() == 1 && o.get("method").getAsString().equals("getBsnNative")
+                    && !o.get("result").getAsString().isEmpty() && o.getAsJsonArray("calls").size() == 1,
+                    "call --json prints one object on one line: " + r[1]);
         }, () -> {
             Check.group = "run";
-            String[] r = console(args, "run");
+            File xml = temp(".xml");
+            File json = temp(".json");
+            String[] r = console(args, "run", "--junit", xml.getPath(), "--json", json.getPath());
             Check.eq("0", r[0], "exit code");
             Check.that(r[1].contains("sequence: " + FactorySequence.steps().size() + " passed, 0 failed"),
                     "a healthy device passes every step");
             Check.that(r[1].matches("(?s).*\ndrill: (\\d+) of \\1 checks passed\n"), "the drill passes: " + r[1]);
+            Document doc = JunitCheck.parse(xml);
+            Check.eq(List.of(), JunitCheck.problems(doc), "JUnit structure");
+            Check.eq(List.of(String.valueOf(FactorySequence.steps().size() + FactorySequence.probes().size() + 4), "0", "0"),
+                    List.of(doc.getDocumentElement().getAttribute("tests"), doc.getDocumentElement().getAttribute("failures"),
+                            doc.getDocumentElement().getAttribute("skipped")), "a passing case per step and drill check");
+            JsonObject report = JsonParser.parseString(read(json)).getAsJsonObject();
+            Check.that(report.get("passed").getAsBoolean() && report.getAsJsonObject("sequence").getAsJsonArray("steps")
+                    .size() == FactorySequence.steps().size(), "JSON: passed, a step each");
+
+            // A sensor that fails its self-test: that step fails, and so does the run.
+            r = console(args, "run", "--answer", "sensors.startSensorSelfTest=5", "--junit", xml.getPath());
+            Check.eq("1", r[0], "exit code of a failing run");
+            Check.that(r[1].contains("sequence: " + (FactorySequence.steps().size() - 1) + " passed, 1 failed"),
+                    "the failing step is counted");
+            List<String> failed = new ArrayList<>();
+            for (Element suite : JunitCheck.children(JunitCheck.parse(xml).getDocumentElement())) {
+                for (Element c : JunitCheck.children(suite)) {
+                    if (c.getElementsByTagName("failure").getLength() > 0) {
+                        failed.add(c.getAttribute("name"));
+                    }
+                }
+            }
+            int step = FactorySequence.steps().stream().map(s -> s.method).collect(Collectors.toList())
+                    .indexOf("startSensorSelfTestNative") + 1;
+            Check.eq(List.of(String.format("%02d startSensorSelfTestNative", step)), failed,
+                    "the JUnit file names the failing step");
         }));
+    }
+
+    private static File temp(String suffix) {
+        try {
+            File f = File.createTempFile("mmi-e2e", suffix);
+            f.deleteOnExit();
+            return f;
+        } catch (IOException e) {
+            throw new UncheckedIOException(e);
+        }
+    }
+
+    private static String read(File f) {
+        try {
+            return Files.readString(f.toPath(), StandardCharsets.UTF_8);
+        } catch (IOException e) {
+            throw new UncheckedIOException(e);
+        }
     }
 
     /** Exit code and standard output of one console command line; its errors go to ours. */

@@ -1,0 +1,117 @@
+package com.tavrin.mmitest.console;
+
+import com.tavrin.mmitest.sim.SimulatedDevice;
+
+import java.util.ArrayList;
+import java.util.List;
+
+import picocli.CommandLine.ITypeConverter;
+import picocli.CommandLine.Option;
+import picocli.CommandLine.TypeConversionException;
+
+/** How the simulated device deviates from a healthy one: the options run and call share. */
+final class DeviceOptions {
+    static final List<String> SERVICES =
+            List.of("factory", "display", "touchscreen", "sensors", "power", "light", "otherdevices");
+    /** The services with a version 1.1 that --only-1.0 can withhold. */
+    static final List<String> VERSIONED = List.of("factory", "display", "sensors");
+
+    @Option(names = "--absent", paramLabel = "SERVICE", converter = AnyService.class,
+            description = "Leave the service unregistered.")
+    List<String> absent = new ArrayList<>();
+
+    @Option(names = "--only-1.0", paramLabel = "SERVICE", converter = VersionedService.class,
+            description = "Offer only version 1.0 of the service: factory, display or sensors.")
+    List<String> onlyV10 = new ArrayList<>();
+
+    @Option(names = "--answer", paramLabel = "SERVICE.OPERATION=ANSWER", converter = AnswerConverter.class,
+            description = "Program what the operation answers from now on.")
+    List<Answer> answers = new ArrayList<>();
+
+    static final class Answer {
+        final String service;
+        final String operation;
+        final String text;
+
+        Answer(String service, String operation, String text) {
+            this.service = service;
+            this.operation = operation;
+            this.text = text;
+        }
+
+        @Override
+        public String toString() {
+            return service + "." + operation + "=" + text;
+        }
+    }
+
+    boolean isEmpty() {
+        return absent.isEmpty() && onlyV10.isEmpty() && answers.isEmpty();
+    }
+
+    /** Sets the device up before it starts; null when done, else what it refused. */
+    String apply() {
+        for (String service : absent) {
+            SimulatedDevice.setAbsent(service, true);
+        }
+        for (String service : onlyV10) {
+            SimulatedDevice.setOnlyV10(service, true);
+        }
+        for (Answer answer : answers) {
+            String error = program(answer);
+            if (error != null) {
+                return "--answer " + answer + ": " + error;
+            }
+        }
+        return null;
+    }
+
+    /** Programs an answer as typed, or with its bare words quoted; null when accepted, else why not. */
+    static String program(Answer answer) {
+        String error = SimulatedDevice.program(answer.service, answer.operation, answer.text);
+        if (error == null) {
+            return null;
+        }
+        String requoted = Answers.requote(answer.text);
+        if (requoted.equals(answer.text)) {
+            return error;
+        }
+        String again = SimulatedDevice.program(answer.service, answer.operation, requoted);
+        return again == null ? null : error + "; quoted as " + requoted + ": " + again;
+    }
+
+    static String service(String name, List<String> allowed) {
+        if (!allowed.contains(name)) {
+            throw new TypeConversionException("unknown service " + name + " here (one of "
+                    + String.join(", ", allowed) + ")");
+        }
+        return name;
+    }
+
+    static final class AnyService implements ITypeConverter<String> {
+        @Override
+        public String convert(String value) {
+            return service(value, SERVICES);
+        }
+    }
+
+    static final class VersionedService implements ITypeConverter<String> {
+        @Override
+        public String convert(String value) {
+            return service(value, VERSIONED);
+        }
+    }
+
+    static final class AnswerConverter implements ITypeConverter<Answer> {
+        @Override
+        public Answer convert(String option) {
+            int eq = option.indexOf('=');
+            int dot = eq < 0 ? -1 : option.lastIndexOf('.', eq);
+            if (dot <= 0 || dot + 1 == eq) {
+                throw new TypeConversionException("--answer takes SERVICE.OPERATION=ANSWER, got " + option);
+            }
+            return new Answer(service(option.substring(0, dot), SERVICES), option.substring(dot + 1, eq),
+                    option.substring(eq + 1));
+        }
+    }
+}
