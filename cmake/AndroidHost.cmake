@@ -29,7 +29,8 @@ set(JAVA_HOME_HINT /usr/lib/jvm/java-17-openjdk-amd64)
 if(NOT DEFINED ENV{JAVA_HOME} AND EXISTS ${JAVA_HOME_HINT})
   set(ENV{JAVA_HOME} ${JAVA_HOME_HINT})
 endif()
-find_package(JNI REQUIRED)
+# The library needs the JNI headers and the JVM, not AWT (which a headless JRE lacks).
+find_package(JNI REQUIRED COMPONENTS JVM)
 find_package(Java 17 REQUIRED COMPONENTS Development Runtime)
 find_package(GTest REQUIRED)
 
