@@ -1,15 +1,17 @@
 # Interface code generated from the .hal packages by the interface compiler (hidl-gen): C++
 # headers and sources in the build tree, never in git. Every package is also run through
 # hidl-gen's checker as a test.
+# The tree's root, also when a sub-project (the fuzz build) includes this file.
+get_filename_component(KXMMI_SOURCE_ROOT ${CMAKE_CURRENT_LIST_DIR}/.. ABSOLUTE)
 find_program(HIDL_GEN hidl-gen REQUIRED)
 
 set(HIDL_GEN_ROOTS
-  -r android.hidl:${PROJECT_SOURCE_DIR}/platform/hidl-interfaces
-  -r vendor.tavrin.hardware:${PROJECT_SOURCE_DIR}/hal/interfaces)
+  -r android.hidl:${KXMMI_SOURCE_ROOT}/platform/hidl-interfaces
+  -r vendor.tavrin.hardware:${KXMMI_SOURCE_ROOT}/hal/interfaces)
 set(HIDL_GEN_INCLUDE_DIR ${CMAKE_BINARY_DIR}/hidl-gen/include)
 set(HIDL_GEN_SOURCE_DIR ${CMAKE_BINARY_DIR}/hidl-gen/src)
 file(GLOB_RECURSE HIDL_GEN_HAL_FILES CONFIGURE_DEPENDS
-  ${PROJECT_SOURCE_DIR}/platform/hidl-interfaces/*.hal ${PROJECT_SOURCE_DIR}/hal/interfaces/*.hal)
+  ${KXMMI_SOURCE_ROOT}/platform/hidl-interfaces/*.hal ${KXMMI_SOURCE_ROOT}/hal/interfaces/*.hal)
 
 set(HIDL_GEN_PACKAGES)
 set(HIDL_GEN_SOURCES)
@@ -56,17 +58,18 @@ function(hidl_gen_package fqname root_dir)
 endfunction()
 
 foreach(pkg android.hidl.base@1.0 android.hidl.manager@1.0)
-  hidl_gen_package(${pkg} ${PROJECT_SOURCE_DIR}/platform/hidl-interfaces)
+  hidl_gen_package(${pkg} ${KXMMI_SOURCE_ROOT}/platform/hidl-interfaces)
 endforeach()
 foreach(pkg kxfactoryinterface@1.0 kxfactoryinterface@1.1 kxdisplay@1.0 kxdisplay@1.1 tp@1.0
             sensors@1.0 sensors@1.1 power@1.0 light@2.0 otherdevices@1.0)
-  hidl_gen_package(vendor.tavrin.hardware.${pkg} ${PROJECT_SOURCE_DIR}/hal/interfaces)
+  hidl_gen_package(vendor.tavrin.hardware.${pkg} ${KXMMI_SOURCE_ROOT}/hal/interfaces)
 endforeach()
 
 # Headers first: every target that includes them depends on this one.
 add_custom_target(hidl_gen_headers DEPENDS ${HIDL_GEN_HEADERS} ${HIDL_GEN_SOURCES})
 add_library(hidl_gen_interface INTERFACE)
-target_include_directories(hidl_gen_interface INTERFACE ${HIDL_GEN_INCLUDE_DIR})
+# Generated code is not held to this tree's warnings (clang flags its missing overrides).
+target_include_directories(hidl_gen_interface SYSTEM INTERFACE ${HIDL_GEN_INCLUDE_DIR})
 add_dependencies(hidl_gen_interface hidl_gen_headers)
 
 add_test(NAME hidl_gen_check

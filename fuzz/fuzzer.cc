@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "factory_commands.h"
 #include "flicker_detector.h"
+#include "hex_text.h"
 #include "modified_utf8.h"
 #include "modified_utf8_check.h"
 #include "reference_detector.h"

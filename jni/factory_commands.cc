@@ -1,6 +1,4 @@
 // Signature verification, memory-card test and high-temperature command.
-#include "factory_commands.h"
-
 #include <bounds_checked.h>
 
 #include <memory>
@@ -8,6 +6,7 @@
 
 #include "factory_info.h"
 #include "hal_call.h"
+#include "hex_text.h"
 #include "jni_util.h"
 #include "native_methods.h"
 
@@ -18,20 +17,6 @@ using kxmmi::IKxFactoryInterface;
 using kxmmi::NewJString;
 using kxmmi::Service;
 using kxmmi::Utf;
-
-int32_t ConvertBinToString(const unsigned char* num, uint32_t numLen, char* str, uint32_t strLen) {
-    if (num == nullptr || str == nullptr || numLen == 0 || strLen < 2ULL * numLen) {
-        KXLOGE("%s: ConvertBinToString fail, parameter is invalid, numLen: %u, strLen: %u", numLen,
-               strLen);
-        return -1;
-    }
-    static constexpr char kDigits[] = "0123456789abcdef";
-    for (uint32_t i = 0; i < numLen; ++i) {
-        str[2 * i] = kDigits[num[i] >> 4];
-        str[2 * i + 1] = kDigits[num[i] & 0x0f];
-    }
-    return 0;
-}
 
 jint GetVerifySignatureResult(JNIEnv* env, jobject /*object*/, jbyteArray data) {
     sp<IKxFactoryInterface> factory = Acquire<Service::Factory>("GetVerifySignatureResult");

@@ -1,6 +1,6 @@
 // Lower-case hexadecimal text of binary data, as the factory service takes signature data.
-#ifndef KXMMI_JNI_FACTORY_COMMANDS_H
-#define KXMMI_JNI_FACTORY_COMMANDS_H
+#ifndef KXMMI_JNI_HEX_TEXT_H
+#define KXMMI_JNI_HEX_TEXT_H
 
 #include <cstdint>
 
