@@ -5,17 +5,16 @@
 #include <set>
 #include <tuple>
 
-#include "jvm_harness.h"
+#include "device_test.h"
 #include "service_registry.h"
 
 namespace {
 
+using kxtest::D;
+using kxtest::E;
 using kxtest::LogLine;
+using kxtest::W;
 using simdevice::Service;
-
-constexpr int D = 3;
-constexpr int W = 5;
-constexpr int E = 6;
 
 const std::vector<LogLine> kConnectLines = {
     {D, "KxMMITest_jni: InitMmiNativeManager"},
@@ -59,40 +58,23 @@ TEST(Load, WatchesEveryInterfaceThenConnectsEveryServiceInRowOrder) {
 
     // Services registered before the holder are reported as pre-existing and only logged.
     std::vector<LogLine> reports = WithPriority(lines, W, true);
-    std::set<std::string> texts;
+    std::set<std::string> texts, expectedTexts;
     for (const LogLine& l : reports) texts.insert(l.text);
-    EXPECT_EQ(
-        texts,
-        (std::set<std::string>{
-            "KxMMITest_jni: ReinitHal, "
-            "fqName:vendor.tavrin.hardware.kxfactoryinterface@1.0::IKxFactoryInterface, "
-            "name:kxfactoryinterface_hal, isPreexisting:1",
-            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.kxdisplay@1.0::IDisplay, "
-            "name:default, isPreexisting:1",
-            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.tp@1.0::ITouchscreen, "
-            "name:default, isPreexisting:1",
-            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.sensors@1.0::ISensors, "
-            "name:default, isPreexisting:1",
-            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.power@1.0::IKXPower, "
-            "name:default, isPreexisting:1",
-            "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.light@2.0::ILight, "
-            "name:default, isPreexisting:1",
-            "KxMMITest_jni: ReinitHal, "
-            "fqName:vendor.tavrin.hardware.otherdevices@1.0::IOtherdevices, name:default, "
-            "isPreexisting:1",
-        }));
+    for (const char* fq :
+         {"kxfactoryinterface@1.0::IKxFactoryInterface, name:kxfactoryinterface_hal",
+          "kxdisplay@1.0::IDisplay, name:default", "tp@1.0::ITouchscreen, name:default",
+          "sensors@1.0::ISensors, name:default", "power@1.0::IKXPower, name:default",
+          "light@2.0::ILight, name:default", "otherdevices@1.0::IOtherdevices, name:default"}) {
+        expectedTexts.insert(
+            std::string("KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware.") + fq +
+            ", isPreexisting:1");
+    }
+    EXPECT_EQ(texts, expectedTexts);
     EXPECT_EQ(reports.size(), 7u);
 }
 
-class Registry : public testing::Test {
+class Registry : public kxtest::DeviceTest {
   protected:
-    void SetUp() override {
-        kxtest::Manager();
-        kxtest::Device().Reset();
-        kxtest::WaitIdle();
-        kxtest::TakeLogs();
-        kxtest::Device().TakeCalls();
-    }
     void TearDown() override {
         kxtest::Device().Reset();
         Symbol<void (*)()>("_Z20InitMmiNativeManagerv")();
@@ -132,19 +114,13 @@ TEST_F(Registry, PreexistingReportOnlyLogs) {
                                      "name:default, isPreexisting:1"}}));
 }
 
-TEST_F(Registry, ReleaseWithEveryHandleEmptyWritesOnlyItsOwnLine) {
-    auto exitManager = Symbol<void (*)()>("_Z20ExitMmiNativeManagerv");
-    exitManager();
-    kxtest::TakeLogs();
-    exitManager();
-    EXPECT_EQ(kxtest::TakeLogs(),
-              (std::vector<LogLine>{{D, "KxMMITest_jni: ExitMmiNativeManager"}}));
-}
-
+// A second release, with every handle already empty, writes only its own line.
 TEST_F(Registry, UnloadReleasesTheHandlesAndKeepsWatching) {
+    const std::vector<LogLine> released = {{D, "KxMMITest_jni: ExitMmiNativeManager"}};
     Symbol<void (*)(JavaVM*, void*)>("JNI_OnUnload")(kxtest::Vm(), nullptr);
-    EXPECT_EQ(kxtest::TakeLogs(),
-              (std::vector<LogLine>{{D, "KxMMITest_jni: ExitMmiNativeManager"}}));
+    EXPECT_EQ(kxtest::TakeLogs(), released);
+    Symbol<void (*)()>("_Z20ExitMmiNativeManagerv")();
+    EXPECT_EQ(kxtest::TakeLogs(), released);
     EXPECT_EQ(PowerState(), "");
     kxtest::TakeLogs();
 

@@ -99,28 +99,19 @@ struct Interface {
     const char* v11;  // of the newer minor version, if any
 };
 
-Interface DescriptorsOf(Service service) {
-    switch (service) {
-        case Service::kFactory:
-            return {hw::kxfactoryinterface::V1_0::IKxFactoryInterface::descriptor,
-                    hw::kxfactoryinterface::V1_1::IKxFactoryInterface::descriptor};
-        case Service::kDisplay:
-            return {hw::kxdisplay::V1_0::IDisplay::descriptor,
-                    hw::kxdisplay::V1_1::IDisplay::descriptor};
-        case Service::kTouchscreen:
-            return {hw::tp::V1_0::ITouchscreen::descriptor, nullptr};
-        case Service::kSensors:
-            return {hw::sensors::V1_0::ISensors::descriptor,
-                    hw::sensors::V1_1::ISensors::descriptor};
-        case Service::kPower:
-            return {hw::power::V1_0::IKXPower::descriptor, nullptr};
-        case Service::kLight:
-            return {hw::light::V2_0::ILight::descriptor, nullptr};
-        case Service::kOtherdevices:
-            break;
-    }
-    return {hw::otherdevices::V1_0::IOtherdevices::descriptor, nullptr};
-}
+const std::map<Service, Interface> kDescriptors = {
+    {Service::kFactory,
+     {hw::kxfactoryinterface::V1_0::IKxFactoryInterface::descriptor,
+      hw::kxfactoryinterface::V1_1::IKxFactoryInterface::descriptor}},
+    {Service::kDisplay,
+     {hw::kxdisplay::V1_0::IDisplay::descriptor, hw::kxdisplay::V1_1::IDisplay::descriptor}},
+    {Service::kTouchscreen, {hw::tp::V1_0::ITouchscreen::descriptor, nullptr}},
+    {Service::kSensors,
+     {hw::sensors::V1_0::ISensors::descriptor, hw::sensors::V1_1::ISensors::descriptor}},
+    {Service::kPower, {hw::power::V1_0::IKXPower::descriptor, nullptr}},
+    {Service::kLight, {hw::light::V2_0::ILight::descriptor, nullptr}},
+    {Service::kOtherdevices, {hw::otherdevices::V1_0::IOtherdevices::descriptor, nullptr}},
+};
 
 template <typename T>
 void WriteRecord(Parcel* data, const T& value) {
@@ -175,7 +166,7 @@ TEST(Transport, EveryListedOperationAnswersAtItsPosition) {
     device.Start();
     size_t checked = 0;
     for (Service service : kAllServices) {
-        const Interface iface = DescriptorsOf(service);
+        const Interface iface = kDescriptors.at(service);
         sp<IBinder> binder = ::android::hardware::details::getServiceBinder(
             iface.v11 != nullptr ? iface.v11 : iface.v10, InstanceName(service));
         ASSERT_NE(binder, nullptr) << ServiceName(service);
