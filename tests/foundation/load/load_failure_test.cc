@@ -5,14 +5,14 @@
 #include <cstdlib>
 #include <string>
 
-#include "jvm_harness.h"
+#include "device_test.h"
 
 namespace {
 
+using kxtest::D;
+using kxtest::E;
 using kxtest::LogLine;
-constexpr int D = 3;
-constexpr int W = 5;
-constexpr int E = 6;
+using kxtest::W;
 
 TEST(LoadFailure, RefusesTheLoadButKeepsServicesConnectedAndWatched) {
     const char* expect = std::getenv("KXTEST_LOAD_FAILURE");
