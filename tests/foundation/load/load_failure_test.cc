@@ -1,5 +1,6 @@
 // A load that cannot bind the natives answers -1 but keeps the services connected and watched.
 // Run twice: with no MmiNativeManager on the class path, and with one that lacks a native.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -56,6 +57,14 @@ TEST(LoadFailure, RefusesTheLoadButKeepsServicesConnectedAndWatched) {
     EXPECT_EQ(kxtest::TakeLogs(),
               (std::vector<LogLine>{{W, "KxMMITest_jni: ProcessServiceDied, cookie is:5"},
                                     {D, "KxMMITest_jni: ExitMmiNativeManager"}}));
+
+    // The JVM raises the pending lookup error whatever the load answers, so ask it directly.
+    void* library = dlopen(KXTEST_LIB_DIR "/libKxMMI_jni.so", RTLD_NOW | RTLD_NOLOAD);
+    ASSERT_NE(library, nullptr);
+    auto onLoad = reinterpret_cast<jint (*)(JavaVM*, void*)>(dlsym(library, "JNI_OnLoad"));
+    EXPECT_EQ(onLoad(kxtest::Vm(), nullptr), -1);
+    env->ExceptionClear();
+    kxtest::WaitIdle();
 }
 
 }  // namespace
