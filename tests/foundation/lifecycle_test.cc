@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <tuple>
 
@@ -10,6 +11,8 @@
 
 namespace {
 
+using android::sp;
+using android::hidl::base::V1_0::IBase;
 using kxtest::D;
 using kxtest::E;
 using kxtest::LogLine;
@@ -124,28 +127,20 @@ TEST_F(Registry, UnloadReleasesTheHandlesAndKeepsWatching) {
     EXPECT_NE(PowerState(), "");
 }
 
-// The library's current proxy of a service, held past a release.
-android::sp<android::hidl::base::V1_0::IBase> Proxy(Service service) {
-    using kxmmi::Handle;
-    using S = kxmmi::Service;
-    switch (service) {
-        case Service::kFactory:
-            return Handle<S::Factory>();
-        case Service::kDisplay:
-            return Handle<S::Display>();
-        case Service::kTouchscreen:
-            return Handle<S::TouchScreen>();
-        case Service::kSensors:
-            return Handle<S::Sensors>();
-        case Service::kPower:
-            return Handle<S::Power>();
-        case Service::kLight:
-            return Handle<S::Light>();
-        case Service::kOtherdevices:
-            return Handle<S::OtherDevices>();
-    }
-    return nullptr;
+template <kxmmi::Service S>
+sp<IBase> ProxyOf() {
+    return kxmmi::Handle<S>();
 }
+// The library's current proxy of each service, to hold past a release.
+const std::map<Service, sp<IBase> (*)()> kProxies = {
+    {Service::kFactory, ProxyOf<kxmmi::Service::Factory>},
+    {Service::kDisplay, ProxyOf<kxmmi::Service::Display>},
+    {Service::kTouchscreen, ProxyOf<kxmmi::Service::TouchScreen>},
+    {Service::kSensors, ProxyOf<kxmmi::Service::Sensors>},
+    {Service::kPower, ProxyOf<kxmmi::Service::Power>},
+    {Service::kLight, ProxyOf<kxmmi::Service::Light>},
+    {Service::kOtherdevices, ProxyOf<kxmmi::Service::OtherDevices>},
+};
 
 // Each row links its service with its own cookie, and that cookie comes back with the service's
 // death. A release pass unlinks every handle: a service that dies after it goes unreported, even
@@ -168,7 +163,7 @@ TEST_F(Registry, EachRowLinksWithItsCookieAndReleaseUnlinksEveryHandle) {
         EXPECT_EQ(kxtest::TakeLogs(), Died(++cookie));
 
         reconnect(s);
-        android::sp<android::hidl::base::V1_0::IBase> held = Proxy(s);
+        sp<IBase> held = kProxies.at(s)();
         ASSERT_NE(held, nullptr);
         Symbol<void (*)()>("_Z20ExitMmiNativeManagerv")();
         kxtest::TakeLogs();
@@ -181,12 +176,12 @@ TEST_F(Registry, EachRowLinksWithItsCookieAndReleaseUnlinksEveryHandle) {
 // While a release pass unlinks a handle, the handle still holds the service; it is emptied after,
 // and the handle's lock is not held during the unlink.
 TEST(ReleaseRow, UnlinksWhileTheHandleStillHoldsTheServiceThenEmptiesIt) {
-    struct Watched : android::hidl::base::V1_0::IBase {
-        android::sp<IBase>* handle = nullptr;
+    struct Watched : IBase {
+        sp<IBase>* handle = nullptr;
         std::mutex* lock = nullptr;
         std::vector<std::tuple<bool, bool, const void*>> unlinks;  // handle set, lock free, whom
         android::hardware::Return<bool> unlinkToDeath(
-            const android::sp<android::hardware::hidl_death_recipient>& recipient) override {
+            const sp<android::hardware::hidl_death_recipient>& recipient) override {
             const bool free = lock->try_lock();
             if (free) lock->unlock();
             unlinks.emplace_back(handle->get() == this, free, recipient.get());
@@ -194,11 +189,11 @@ TEST(ReleaseRow, UnlinksWhileTheHandleStillHoldsTheServiceThenEmptiesIt) {
         }
     };
     std::mutex lock;
-    android::sp<Watched> service = new Watched();
-    android::sp<android::hidl::base::V1_0::IBase> handle = service;
+    sp<Watched> service = new Watched();
+    sp<IBase> handle = service;
     service->handle = &handle;
     service->lock = &lock;
-    android::sp<HidlUtil> holder = new HidlUtil(nullptr, nullptr);
+    sp<HidlUtil> holder = new HidlUtil(nullptr, nullptr);
     kxmmi::UnlinkAndEmpty(handle, lock, holder);
     EXPECT_EQ(handle, nullptr);
     kxmmi::UnlinkAndEmpty(handle, lock, holder);  // an empty handle is skipped
