@@ -78,13 +78,6 @@ JavaVM* CreateVm() {
     return vm;
 }
 
-std::string ToString(JNIEnv* env, jstring s) {
-    const char* chars = env->GetStringUTFChars(s, nullptr);
-    std::string text(chars);
-    env->ReleaseStringUTFChars(s, chars);
-    return text;
-}
-
 // Fails the test and clears the exception, so that one fault does not leak into the next call.
 bool NoException(JNIEnv* env, const char* what) {
     if (!env->ExceptionCheck()) return true;
@@ -198,10 +191,7 @@ bool CallBool(const char* name, const char* signature, ...) {
 
 std::optional<std::string> CallString(const char* name, const char* signature, ...) {
     KXTEST_CALL(CallStaticObjectMethodV)
-    if (result == nullptr) return std::nullopt;
-    std::string text = ToString(env, static_cast<jstring>(result));
-    env->DeleteLocalRef(result);
-    return text;
+    return TakeText(result);
 }
 
 std::optional<std::vector<int32_t>> CallIntArray(const char* name, const char* signature, ...) {
@@ -214,6 +204,16 @@ std::optional<std::vector<int32_t>> CallIntArray(const char* name, const char* s
     return values;
 }
 #undef KXTEST_CALL
+
+std::optional<std::string> TakeText(jobject string) {
+    if (string == nullptr) return std::nullopt;
+    JNIEnv* env = Env();
+    const char* chars = env->GetStringUTFChars(static_cast<jstring>(string), nullptr);
+    std::string text(chars);
+    env->ReleaseStringUTFChars(static_cast<jstring>(string), chars);
+    env->DeleteLocalRef(string);
+    return text;
+}
 
 jstring JStr(const char* utf8) { return utf8 == nullptr ? nullptr : Env()->NewStringUTF(utf8); }
 
@@ -273,11 +273,7 @@ std::optional<std::string> ManagerStaticString(const char* field) {
         NoException(env, field);
         return std::nullopt;
     }
-    jobject value = env->GetStaticObjectField(Manager(), id);
-    if (value == nullptr) return std::nullopt;
-    std::string text = ToString(env, static_cast<jstring>(value));
-    env->DeleteLocalRef(value);
-    return text;
+    return TakeText(env->GetStaticObjectField(Manager(), id));
 }
 
 void SetManagerStaticString(const char* field, const char* utf8) {

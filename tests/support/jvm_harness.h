@@ -47,6 +47,9 @@ bool CallBool(const char* name, const char* signature, ...);
 std::optional<std::string> CallString(const char* name, const char* signature, ...);  // null: none
 std::optional<std::vector<int32_t>> CallIntArray(const char* name, const char* signature, ...);
 
+// A String's text; deletes the local reference. nullopt for null.
+std::optional<std::string> TakeText(jobject string);
+
 // Java values for arguments: local references of the calling thread.
 jstring JStr(const char* utf8);  // nullptr gives a null reference
 jintArray JInts(const std::vector<int32_t>& values);
