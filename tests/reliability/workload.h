@@ -33,11 +33,7 @@ jobject CallWorkload(const char* name, const char* signature, A... args) {
     jobject result = env->CallStaticObjectMethod(
         workload, env->GetStaticMethodID(workload, name, signature), args...);
     env->DeleteLocalRef(workload);
-    if (env->ExceptionCheck()) {
-        env->ExceptionDescribe();
-        env->ExceptionClear();
-        ADD_FAILURE() << name << " left a Java exception";
-    }
+    kxtest::NoException(name);
     return result;
 }
 

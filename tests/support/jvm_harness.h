@@ -40,6 +40,9 @@ JNIEnv* Env();
 // after the simulated device has been started.
 jclass Manager();
 
+// Fails the current test on a pending Java exception, and clears it.
+void NoException(const char* what);
+
 // Calls a static native of MmiNativeManager. Fails the current test on a pending Java exception.
 jint CallInt(const char* name, const char* signature, ...);
 jlong CallLong(const char* name, const char* signature, ...);
