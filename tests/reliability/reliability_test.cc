@@ -76,7 +76,8 @@ TEST(Faults, EveryNativeAgainstFailingServicesAndBadArguments) {
     const Oracle o;
     size_t callbacks = 0, nulls = 0, nullLines = 0;
     for (int i = 0; i < kMethods; ++i) {
-        const std::string name = TextOf(CallWorkload("describe", "(I)Ljava/lang/String;", i));
+        const std::string name =
+            kxtest::TakeText(CallWorkload("describe", "(I)Ljava/lang/String;", i)).value_or("");
         SCOPED_TRACE(name);
         const Reached healthy(i);
         ASSERT_EQ(healthy.calls.size(), 1u);

@@ -45,8 +45,8 @@ struct Tally {
             auto has = [&](const char* part) { return l.text.find(part) != std::string::npos; };
             deaths += has("ProcessServiceDied");
             reconnects += l.text == Tagged("InitMmiNativeManager");
-            cutMidCall += l.priority == kError && has("transport error");
-            noService += l.priority == kError && has(" is null");
+            cutMidCall += l.priority == kxtest::E && has("transport error");
+            noService += l.priority == kxtest::E && has(" is null");
         }
         served += static_cast<long>(kxtest::Device().TakeCalls().size());
     }
@@ -110,21 +110,18 @@ TEST(Stress, EveryAnswerIsProgrammedOrFailureWhileServicesDieAndReturn) {
     SetAllAlive(true);
     tally.Drain();
 
-    std::printf("stress: %d Java threads for %d s (seed %" PRIu32 ")\n", kThreads, seconds, seed);
     std::printf(
+        "stress: %d Java threads for %d s (seed %" PRIu32
+        ")\n"
         "stress: %ld calls: %ld success, %ld failure, %ld older-version, %ld wrong, %ld thrown; "
-        "%ld stuck threads; fewest calls of one native %ld\n",
-        c[kCalls], c[kSuccess], c[kFailure], c[kOlder], c[kWrong], c[kThrown], c[kStuckThreads],
-        c[kLeastCalled]);
-    std::printf(
+        "%ld stuck threads; fewest calls of one native %ld\n"
         "stress: %ld kills, %ld revivals; %ld death reports, %ld reconnects; %ld calls served, "
-        "%ld cut mid-call, %ld answered with no service\n",
-        kills, revivals, tally.deaths, tally.reconnects, tally.served, tally.cutMidCall,
-        tally.noService);
-
-    std::printf("stress: %ld texts handed to Java checked, %zu not modified UTF-8\n",
-                kxtest::LibraryTextsChecked(), kxtest::InvalidLibraryTexts().size());
-
+        "%ld cut mid-call, %ld answered with no service\n"
+        "stress: %ld texts handed to Java checked, %zu not modified UTF-8\n",
+        kThreads, seconds, seed, c[kCalls], c[kSuccess], c[kFailure], c[kOlder], c[kWrong],
+        c[kThrown], c[kStuckThreads], c[kLeastCalled], kills, revivals, tally.deaths,
+        tally.reconnects, tally.served, tally.cutMidCall, tally.noService,
+        kxtest::LibraryTextsChecked(), kxtest::InvalidLibraryTexts().size());
     EXPECT_EQ(warnings.find("WARNING"), std::string::npos) << warnings;
     EXPECT_EQ(c[kStuckThreads], 0) << "calls that never returned";
     EXPECT_EQ(c[kThrown] + c[kWrong], 0) << "the first of them are on standard error";

@@ -13,12 +13,11 @@
 #include <string>
 #include <vector>
 
-#include "jvm_harness.h"
+#include "device_test.h"
 
 namespace reliability {
 
 constexpr int kMethods = 52;
-constexpr int kError = 6;
 // Workload's argument sets: ordinary, hostile texts, or kNullAt + k: the k-th reference null.
 enum ArgumentSet { kPlain, kHostile, kNullAt };
 
@@ -34,26 +33,14 @@ jobject CallWorkload(const char* name, const char* signature, A... args) {
     jobject result = env->CallStaticObjectMethod(
         workload, env->GetStaticMethodID(workload, name, signature), args...);
     env->DeleteLocalRef(workload);
-    if (env->ExceptionCheck()) {
-        env->ExceptionDescribe();
-        env->ExceptionClear();
-        ADD_FAILURE() << name << " left a Java exception";
-    }
-    return result;
-}
-
-inline std::string TextOf(jobject text) {
-    if (text == nullptr) return "<none>";
-    const char* chars = kxtest::Env()->GetStringUTFChars(static_cast<jstring>(text), nullptr);
-    std::string result(chars);
-    kxtest::Env()->ReleaseStringUTFChars(static_cast<jstring>(text), chars);
-    kxtest::Env()->DeleteLocalRef(text);
+    kxtest::NoException(name);
     return result;
 }
 
 // Native index's answer to an argument set, as text.
 inline std::string CallNative(int index, int set = kPlain) {
-    return TextOf(CallWorkload("call", "(II)Ljava/lang/String;", index, set));
+    return kxtest::TakeText(CallWorkload("call", "(II)Ljava/lang/String;", index, set))
+        .value_or("");
 }
 
 inline std::string Tagged(const std::string& text) { return "KxMMITest_jni: " + text; }
@@ -62,23 +49,21 @@ inline std::string Tagged(const std::string& text) { return "KxMMITest_jni: " + 
 inline std::vector<std::string> TakeErrors() {
     std::vector<std::string> texts;
     for (const kxtest::LogLine& l : kxtest::TakeLogs())
-        if (l.priority == kError) texts.push_back(l.text);
+        if (l.priority == kxtest::E) texts.push_back(l.text);
     return texts;
 }
 
 // Connects afresh with the library's own routine (as a registration report runs it), then empties
 // the log and the call record.
 inline void Reconnect() {
-    reinterpret_cast<void (*)()>(kxtest::LibrarySymbol("_Z20InitMmiNativeManagerv"))();
+    kxtest::Connect();
     kxtest::TakeLogs();
     kxtest::Device().TakeCalls();
 }
 
 // Every service registered with its default answers and connected afresh, log and record empty.
 inline void HealthyDevice() {
-    kxtest::Manager();
-    kxtest::Device().Reset();
-    kxtest::WaitIdle();
+    kxtest::FreshDevice();
     Reconnect();
 }
 

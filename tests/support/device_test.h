@@ -22,15 +22,18 @@ inline LogLine Line(int priority, const std::string& text) {
     return LogLine{priority, "KxMMITest_jni: " + text};
 }
 
+// Every service registered with its default answers; log and call record empty.
+inline void FreshDevice() {
+    Manager();
+    Device().Reset();
+    WaitIdle();
+    TakeLogs();
+    Device().TakeCalls();
+}
+
 class DeviceTest : public testing::Test {
   protected:
-    void SetUp() override {
-        Manager();
-        Device().Reset();
-        WaitIdle();
-        TakeLogs();
-        Device().TakeCalls();
-    }
+    void SetUp() override { FreshDevice(); }
     template <typename A>
     static void Answer(simdevice::Service service, const char* operation, const A& answer) {
         std::string error;

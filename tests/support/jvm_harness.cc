@@ -78,27 +78,11 @@ JavaVM* CreateVm() {
     return vm;
 }
 
-std::string ToString(JNIEnv* env, jstring s) {
-    const char* chars = env->GetStringUTFChars(s, nullptr);
-    std::string text(chars);
-    env->ReleaseStringUTFChars(s, chars);
-    return text;
-}
-
-// Fails the test and clears the exception, so that one fault does not leak into the next call.
-bool NoException(JNIEnv* env, const char* what) {
-    if (!env->ExceptionCheck()) return true;
-    env->ExceptionDescribe();
-    env->ExceptionClear();
-    ADD_FAILURE() << "Java exception pending after " << what;
-    return false;
-}
-
 jmethodID Method(const char* name, const char* signature) {
     JNIEnv* env = Env();
     jmethodID id = env->GetStaticMethodID(Manager(), name, signature);
     if (id == nullptr) {
-        NoException(env, name);
+        NoException(name);
         ADD_FAILURE() << "no method " << name << signature;
     }
     return id;
@@ -111,6 +95,14 @@ class LocalFrames : public testing::EmptyTestEventListener {
 };
 
 }  // namespace
+
+void NoException(const char* what) {
+    JNIEnv* env = Env();
+    if (!env->ExceptionCheck()) return;
+    env->ExceptionDescribe();
+    env->ExceptionClear();  // so that one fault does not leak into the next call
+    ADD_FAILURE() << "Java exception pending after " << what;
+}
 
 std::ostream& operator<<(std::ostream& os, const LogLine& line) {
     return os << line.priority << " " << line.text;
@@ -179,7 +171,7 @@ jclass Manager() {
     auto result = id == nullptr ? decltype(env->JniCall(Manager(), id, args)){} \
                                 : env->JniCall(Manager(), id, args);            \
     va_end(args);                                                               \
-    NoException(env, name);
+    NoException(name);
 
 jint CallInt(const char* name, const char* signature, ...) {
     KXTEST_CALL(CallStaticIntMethodV)
@@ -198,10 +190,7 @@ bool CallBool(const char* name, const char* signature, ...) {
 
 std::optional<std::string> CallString(const char* name, const char* signature, ...) {
     KXTEST_CALL(CallStaticObjectMethodV)
-    if (result == nullptr) return std::nullopt;
-    std::string text = ToString(env, static_cast<jstring>(result));
-    env->DeleteLocalRef(result);
-    return text;
+    return TakeText(result);
 }
 
 std::optional<std::vector<int32_t>> CallIntArray(const char* name, const char* signature, ...) {
@@ -214,6 +203,16 @@ std::optional<std::vector<int32_t>> CallIntArray(const char* name, const char* s
     return values;
 }
 #undef KXTEST_CALL
+
+std::optional<std::string> TakeText(jobject string) {
+    if (string == nullptr) return std::nullopt;
+    JNIEnv* env = Env();
+    const char* chars = env->GetStringUTFChars(static_cast<jstring>(string), nullptr);
+    std::string text(chars);
+    env->ReleaseStringUTFChars(static_cast<jstring>(string), chars);
+    env->DeleteLocalRef(string);
+    return text;
+}
 
 jstring JStr(const char* utf8) { return utf8 == nullptr ? nullptr : Env()->NewStringUTF(utf8); }
 
@@ -239,11 +238,11 @@ jobject NewModel(const char* className) {
     std::string name = std::string("com/tavrin/mmitest/model/") + className;
     jclass clazz = env->FindClass(name.c_str());
     if (clazz == nullptr) {
-        NoException(env, className);
+        NoException(className);
         return nullptr;
     }
     jobject object = env->NewObject(clazz, env->GetMethodID(clazz, "<init>", "()V"));
-    NoException(env, className);
+    NoException(className);
     env->DeleteLocalRef(clazz);
     return object;
 }
@@ -252,7 +251,7 @@ void SetIntField(jobject object, const char* field, int32_t value) {
     JNIEnv* env = Env();
     jclass clazz = env->GetObjectClass(object);
     env->SetIntField(object, env->GetFieldID(clazz, field, "I"), value);
-    NoException(env, field);
+    NoException(field);
     env->DeleteLocalRef(clazz);
 }
 
@@ -261,7 +260,7 @@ void SetStringField(jobject object, const char* field, const char* utf8) {
     jclass clazz = env->GetObjectClass(object);
     jstring value = JStr(utf8);
     env->SetObjectField(object, env->GetFieldID(clazz, field, "Ljava/lang/String;"), value);
-    NoException(env, field);
+    NoException(field);
     if (value != nullptr) env->DeleteLocalRef(value);
     env->DeleteLocalRef(clazz);
 }
@@ -270,14 +269,10 @@ std::optional<std::string> ManagerStaticString(const char* field) {
     JNIEnv* env = Env();
     jfieldID id = env->GetStaticFieldID(Manager(), field, "Ljava/lang/String;");
     if (id == nullptr) {
-        NoException(env, field);
+        NoException(field);
         return std::nullopt;
     }
-    jobject value = env->GetStaticObjectField(Manager(), id);
-    if (value == nullptr) return std::nullopt;
-    std::string text = ToString(env, static_cast<jstring>(value));
-    env->DeleteLocalRef(value);
-    return text;
+    return TakeText(env->GetStaticObjectField(Manager(), id));
 }
 
 void SetManagerStaticString(const char* field, const char* utf8) {
@@ -285,7 +280,7 @@ void SetManagerStaticString(const char* field, const char* utf8) {
     jfieldID id = env->GetStaticFieldID(Manager(), field, "Ljava/lang/String;");
     jstring value = JStr(utf8);
     env->SetStaticObjectField(Manager(), id, value);
-    NoException(env, field);
+    NoException(field);
     if (value != nullptr) env->DeleteLocalRef(value);
 }
 

@@ -40,12 +40,18 @@ JNIEnv* Env();
 // after the simulated device has been started.
 jclass Manager();
 
+// Fails the current test on a pending Java exception, and clears it.
+void NoException(const char* what);
+
 // Calls a static native of MmiNativeManager. Fails the current test on a pending Java exception.
 jint CallInt(const char* name, const char* signature, ...);
 jlong CallLong(const char* name, const char* signature, ...);
 bool CallBool(const char* name, const char* signature, ...);
 std::optional<std::string> CallString(const char* name, const char* signature, ...);  // null: none
 std::optional<std::vector<int32_t>> CallIntArray(const char* name, const char* signature, ...);
+
+// A String's text; deletes the local reference. nullopt for null.
+std::optional<std::string> TakeText(jobject string);
 
 // Java values for arguments: local references of the calling thread.
 jstring JStr(const char* utf8);  // nullptr gives a null reference
