@@ -3,7 +3,6 @@
 // service run against the full service and against one that offers only version 1.0.
 #include <vendor/tavrin/hardware/kxfactoryinterface/1.0/types.h>
 
-#include <cstdio>
 #include <functional>
 #include <map>
 #include <tuple>
@@ -155,15 +154,11 @@ TEST_P(Factory, SetTestCycleWritesFourCharactersOfItem143) {
 }
 
 TEST_P(Factory, SignatureDataReachesTheServiceAsLowerCaseHexOfKind11) {
-    std::vector<uint8_t> every(256);
-    std::string hex;
-    for (int b = 0; b < 256; ++b) {
-        char two[3];
-        std::snprintf(two, sizeof two, "%02x", every[b] = static_cast<uint8_t>(b));
-        hex += two;
-    }
-    Check(Int("getVerifySignatureResultNative", "([B)I", JBytes(every)), "3",
-          "factory.setFactoryInfo(11, \"" + hex + "\")", "3",
+    // every digit in both places, and bytes above 0x7f that a signed char would widen
+    const std::vector<uint8_t> bytes = {0x01, 0x23, 0x45, 0x67, 0x89, 0xab, 0xcd, 0xef,
+                                        0xfe, 0xdc, 0xba, 0x98, 0x76, 0x54, 0x32, 0x10};
+    Check(Int("getVerifySignatureResultNative", "([B)I", JBytes(bytes)), "3",
+          "factory.setFactoryInfo(11, \"0123456789abcdeffedcba9876543210\")", "3",
           {Line(D, "GetVerifySignatureResult, ret: 3")});
     EXPECT_EQ(CallInt("getVerifySignatureResultNative", "([B)I", JBytes({})), -1);
     EXPECT_EQ(TakeLogs(),
@@ -174,11 +169,11 @@ TEST_P(Factory, SignatureDataReachesTheServiceAsLowerCaseHexOfKind11) {
 
 class Direct : public DeviceTest {};  // library functions called directly
 
-constexpr const char* kSendValue = "(Lcom/tavrin/mmitest/model/BigDataValue;)I";
-constexpr const char* kSendOperation = "(Lcom/tavrin/mmitest/model/BigDataOperation;)I";
-
-// mResult holds null: its error line, and an empty result in the record.
-TEST_P(Factory, ValueTravelsInRecordOrderWithoutTheBsnInTheLog) {
+// Records travel field by field in reading order, and the log leaves out the bsn. A null record, or
+// a field holding null, reads as its default after an error line.
+TEST_P(Factory, RecordsTravelInReadingOrderWithoutTheBsnInTheLog) {
+    const char* kSendValue = "(Lcom/tavrin/mmitest/model/BigDataValue;)I";
+    const char* kSendOperation = "(Lcom/tavrin/mmitest/model/BigDataOperation;)I";
     jobject value = NewModel("BigDataValue");
     int32_t number = 2;  // mVersion 2, mDataSource 3, mErrorCode 4, mItemId 5, mCycle 6
     for (const char* f : {"mVersion", "mDataSource", "mErrorCode", "mItemId", "mCycle"})
@@ -189,23 +184,19 @@ TEST_P(Factory, ValueTravelsInRecordOrderWithoutTheBsnInTheLog) {
         {"mThresholdMax", "hi"}, {"mResult", nullptr},  {"mTime", "09:41"},
         {"mFirmware", "fw1"},    {"mDescription", "ok"}};
     for (const auto& [field, text] : texts) SetStringField(value, field, text);
-    Answer("sendBigDataValue", "41");
-    EXPECT_EQ(CallInt("sendBigDataValueNative", kSendValue, value), 41);
-    EXPECT_EQ(TakeLogs(), (Lines{Line(E, "GetBigDataValueString fail, field object is null"),
-                                 Line(D,
-                                      "SendBigDataValue, version: 2; dataSource: 3; errorCode: "
-                                      "4; itemId: 5; station: st; cycle: 6; deviceName: dev; "
-                                      "testName: tn; value: 3.3; minThreshold: lo; "
-                                      "maxThreshold: hi; result: ; time: 09:41; firmware: fw1; "
-                                      "description: ok")}));
-    EXPECT_EQ(Calls(), Texts{"factory.sendBigDataValue({version: 2, dataSource: 3, eventCount: 1, "
-                             "events: [{errorCode: 4, itemId: 5, cycle: 6, result: \"\", station: "
-                             "\"st\", bsn: \"sn-77\", time: \"09:41\", deviceName: \"dev\", "
-                             "testName: \"tn\", value: \"3.3\", thresholdMin: \"lo\", "
-                             "thresholdMax: \"hi\", firmware: \"fw1\", description: \"ok\"}]})"});
-}
+    Check(
+        Int("sendBigDataValueNative", kSendValue, value), "41",
+        "factory.sendBigDataValue({version: 2, dataSource: 3, eventCount: 1, events: [{errorCode: "
+        "4, itemId: 5, cycle: 6, result: \"\", station: \"st\", bsn: \"sn-77\", time: "
+        "\"09:41\", deviceName: \"dev\", testName: \"tn\", value: \"3.3\", thresholdMin: "
+        "\"lo\", thresholdMax: \"hi\", firmware: \"fw1\", description: \"ok\"}]})",
+        "41",
+        {Line(E, "GetBigDataValueString fail, field object is null"),
+         Line(D,
+              "SendBigDataValue, version: 2; dataSource: 3; errorCode: 4; itemId: 5; station: "
+              "st; cycle: 6; deviceName: dev; testName: tn; value: 3.3; minThreshold: lo; "
+              "maxThreshold: hi; result: ; time: 09:41; firmware: fw1; description: ok")});
 
-TEST_P(Factory, OperationTravelsWithCycleBeforeTheTextsAndNoBsnInTheLog) {
     jobject operation = NewModel("BigDataOperation");
     SetIntField(operation, "mVersion", 1);
     SetIntField(operation, "mCommandId", 2);
@@ -213,20 +204,16 @@ TEST_P(Factory, OperationTravelsWithCycleBeforeTheTextsAndNoBsnInTheLog) {
     SetStringField(operation, "mBsn", "B1");
     SetStringField(operation, "mStation", "S1");
     SetIntField(operation, "mCycle", 4);
-    Answer("sendBigDataOperation", "-9");
-    EXPECT_EQ(CallInt("sendBigDataOperationNative", kSendOperation, operation), -9);
-    EXPECT_EQ(TakeLogs(), Lines{Line(D,
-                                     "SendBigDataOperation, version: 1; commandId: 2; "
-                                     "operation: 3; station: S1; cycle: 4")});
-    EXPECT_EQ(Calls(),
-              Texts{"factory.sendBigDataOperation({version: 1, commandId: 2, operation: 3, "
-                    "cycle: 4, station: \"S1\", bsn: \"B1\"})"});
-}
+    Check(Int("sendBigDataOperationNative", kSendOperation, operation), "-9",
+          "factory.sendBigDataOperation({version: 1, commandId: 2, operation: 3, cycle: 4, "
+          "station: \"S1\", bsn: \"B1\"})",
+          "-9",
+          {Line(D,
+                "SendBigDataOperation, version: 1; commandId: 2; operation: 3; station: S1; "
+                "cycle: 4")});
 
-TEST_P(Factory, NullModelIsSentWithEveryDefaultInReadingOrder) {
     const LogLine i = Line(E, "GetIntFromObject fail, invalid parameter");
     const LogLine s = Line(E, "GetBigDataValueString fail, invalid parameter");
-    EXPECT_EQ(CallInt("sendBigDataValueNative", kSendValue, jobject{}), 0);
     Lines lines(5, i);
     lines.insert(lines.end(), 11, s);
     lines.push_back(Line(D,
@@ -234,21 +221,20 @@ TEST_P(Factory, NullModelIsSentWithEveryDefaultInReadingOrder) {
                          "-1; station: ; cycle: -1; deviceName: ; testName: ; value: ; "
                          "minThreshold: ; maxThreshold: ; result: ; time: ; firmware: ; "
                          "description: "));
-    EXPECT_EQ(TakeLogs(), lines);
-    EXPECT_EQ(Calls(),
-              Texts{"factory.sendBigDataValue({version: -1, dataSource: -1, eventCount: 1, "
-                    "events: [{errorCode: -1, itemId: -1, cycle: -1, result: \"\", "
-                    "station: \"\", bsn: \"\", time: \"\", deviceName: \"\", testName: "
-                    "\"\", value: \"\", thresholdMin: \"\", thresholdMax: \"\", firmware: "
-                    "\"\", description: \"\"}]})"});
-
-    EXPECT_EQ(CallInt("sendBigDataOperationNative", kSendOperation, jobject{}), 0);
-    EXPECT_EQ(TakeLogs(), (Lines{i, i, i, s, s, i,
-                                 Line(D,
-                                      "SendBigDataOperation, version: -1; commandId: -1; "
-                                      "operation: -1; station: ; cycle: -1")}));
-    EXPECT_EQ(Calls(), Texts{"factory.sendBigDataOperation({version: -1, commandId: -1, "
-                             "operation: -1, cycle: -1, station: \"\", bsn: \"\"})"});
+    Check(Int("sendBigDataValueNative", kSendValue, jobject{}), "7",
+          "factory.sendBigDataValue({version: -1, dataSource: -1, eventCount: 1, events: "
+          "[{errorCode: -1, itemId: -1, cycle: -1, result: \"\", station: \"\", bsn: \"\", time: "
+          "\"\", deviceName: \"\", testName: \"\", value: \"\", thresholdMin: \"\", "
+          "thresholdMax: \"\", firmware: \"\", description: \"\"}]})",
+          "7", lines);
+    Check(Int("sendBigDataOperationNative", kSendOperation, jobject{}), "8",
+          "factory.sendBigDataOperation({version: -1, commandId: -1, operation: -1, cycle: -1, "
+          "station: \"\", bsn: \"\"})",
+          "8",
+          {i, i, i, s, s, i,
+           Line(D,
+                "SendBigDataOperation, version: -1; commandId: -1; operation: -1; station: ; "
+                "cycle: -1")});
 }
 
 TEST_F(Direct, MissingClassOrFieldReadsAsTheDefaultWithoutAPendingException) {

@@ -1,5 +1,6 @@
 package com.tavrin.mmitest.console;
 
+import java.io.File;
 import java.util.Arrays;
 import java.util.List;
 import java.util.Objects;
@@ -32,6 +33,26 @@ final class Check {
     static void eq(Object expected, Object actual, String what) {
         that(Objects.deepEquals(expected, actual), what + ": expected " + Arrays.deepToString(new Object[] {expected})
                 + ", got " + Arrays.deepToString(new Object[] {actual}));
+    }
+
+    /** A step that may throw a checked exception, for the groups, which are plain Runnables. */
+    interface Io<T> {
+        T get() throws Exception;
+    }
+
+    static <T> T io(Io<T> step) {
+        try {
+            return step.get();
+        } catch (Exception e) {
+            throw new IllegalStateException(e);
+        }
+    }
+
+    /** A file deleted when the run ends. */
+    static File temp(String suffix) {
+        File f = io(() -> File.createTempFile("mmi-test", suffix));
+        f.deleteOnExit();
+        return f;
     }
 
     /** The action must be refused with a message that contains every one of the parts. */

@@ -4,8 +4,6 @@ import com.google.gson.JsonObject;
 import com.google.gson.JsonParser;
 
 import java.io.File;
-import java.io.IOException;
-import java.io.UncheckedIOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -14,7 +12,6 @@ import java.util.List;
 import java.util.stream.Collectors;
 
 import org.w3c.dom.Document;
-import org.w3c.dom.Element;
 
 /**
  * The console as ./mmi runs it, in a JVM of its own per command line, against the library and the
@@ -58,8 +55,8 @@ public final class ConsoleEndToEndTest {
                     "call --json prints one object on one line: " + r[1]);
         }, () -> {
             Check.group = "run";
-            File xml = temp(".xml");
-            File json = temp(".json");
+            File xml = Check.temp(".xml");
+            File json = Check.temp(".json");
             String[] r = console(args, "run", "--junit", xml.getPath(), "--json", json.getPath());
             Check.eq("0", r[0], "exit code");
             Check.that(r[1].contains("sequence: " + FactorySequence.steps().size() + " passed, 0 failed"),
@@ -70,7 +67,7 @@ public final class ConsoleEndToEndTest {
             Check.eq(List.of(String.valueOf(FactorySequence.steps().size() + FactorySequence.probes().size() + 4), "0", "0"),
                     List.of(doc.getDocumentElement().getAttribute("tests"), doc.getDocumentElement().getAttribute("failures"),
                             doc.getDocumentElement().getAttribute("skipped")), "a passing case per step and drill check");
-            JsonObject report = JsonParser.parseString(read(json)).getAsJsonObject();
+            JsonObject report = JsonParser.parseString(Check.io(() -> Files.readString(json.toPath()))).getAsJsonObject();
             Check.that(report.get("passed").getAsBoolean() && report.getAsJsonObject("sequence").getAsJsonArray("steps")
                     .size() == FactorySequence.steps().size(), "JSON: passed, a step each");
 
@@ -79,14 +76,9 @@ public final class ConsoleEndToEndTest {
             Check.eq("1", r[0], "exit code of a failing run");
             Check.that(r[1].contains("sequence: " + (FactorySequence.steps().size() - 1) + " passed, 1 failed"),
                     "the failing step is counted");
-            List<String> failed = new ArrayList<>();
-            for (Element suite : JunitCheck.children(JunitCheck.parse(xml).getDocumentElement())) {
-                for (Element c : JunitCheck.children(suite)) {
-                    if (c.getElementsByTagName("failure").getLength() > 0) {
-                        failed.add(c.getAttribute("name"));
-                    }
-                }
-            }
+            List<String> failed = JunitCheck.cases(JunitCheck.parse(xml)).stream()
+                    .filter(c -> c.getElementsByTagName("failure").getLength() > 0).map(c -> c.getAttribute("name"))
+                    .collect(Collectors.toList());
             int step = FactorySequence.steps().stream().map(s -> s.method).collect(Collectors.toList())
                     .indexOf("startSensorSelfTestNative") + 1;
             Check.eq(List.of(String.format("%02d startSensorSelfTestNative", step)), failed,
@@ -94,35 +86,15 @@ public final class ConsoleEndToEndTest {
         }));
     }
 
-    private static File temp(String suffix) {
-        try {
-            File f = File.createTempFile("mmi-e2e", suffix);
-            f.deleteOnExit();
-            return f;
-        } catch (IOException e) {
-            throw new UncheckedIOException(e);
-        }
-    }
-
-    private static String read(File f) {
-        try {
-            return Files.readString(f.toPath(), StandardCharsets.UTF_8);
-        } catch (IOException e) {
-            throw new UncheckedIOException(e);
-        }
-    }
-
     /** Exit code and standard output of one console command line; its errors go to ours. */
     private static String[] console(String[] dirs, String... args) {
         List<String> command = new ArrayList<>(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
                 "-Xss4m", "-Djava.library.path=" + dirs[0], "-cp", dirs[1], "com.tavrin.mmitest.console.Console"));
         command.addAll(List.of(args));
-        try {
+        return Check.io(() -> {
             Process p = new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.INHERIT).start();
             String out = new String(p.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
             return new String[] {String.valueOf(p.waitFor()), out};
-        } catch (IOException | InterruptedException e) {
-            throw new IllegalStateException(e);
-        }
+        });
     }
 }

@@ -11,8 +11,6 @@ import com.google.gson.JsonParser;
 import java.io.File;
 import java.lang.invoke.MethodType;
 import java.lang.reflect.Method;
-import java.io.IOException;
-import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.util.ArrayList;
 import java.util.Arrays;
@@ -20,8 +18,6 @@ import java.util.List;
 import java.util.Set;
 import java.util.TreeSet;
 import java.util.stream.Collectors;
-
-import javax.xml.stream.XMLStreamException;
 
 import org.w3c.dom.Document;
 import org.w3c.dom.Element;
@@ -155,62 +151,57 @@ public final class ConsoleTest {
         report.checks.add(new RunReport.DrillCheck("display: b()", RunReport.Status.SKIPPED, "not checked", List.of()));
         report.line(true, "the death is reported", "the death is reported");
         report.killLogs = new String[] {"W died"};
-        try {
-            File xml = File.createTempFile("mmi-junit", ".xml");
-            File json = File.createTempFile("mmi-run", ".json");
-            xml.deleteOnExit();
-            json.deleteOnExit();
+        File xml = Check.temp(".xml");
+        File json = Check.temp(".json");
+        Check.io(() -> {
             report.writeJunit(xml.toPath());
             report.writeJson(json.toPath());
-            Document doc = JunitCheck.parse(xml);
-            Check.eq(List.of(), JunitCheck.problems(doc), "JUnit structure");
-            List<String> outcomes = new ArrayList<>();
-            String failureText = "";
-            for (Element suite : JunitCheck.children(doc.getDocumentElement())) {
-                for (Element c : JunitCheck.children(suite)) {
-                    String outcome = "pass";
-                    for (Element o : JunitCheck.children(c)) {
-                        if (!o.getTagName().startsWith("system-")) {
-                            outcome = o.getTagName();
-                            failureText += outcome.equals("failure") ? o.getTextContent() + "\n" : "";
-                        }
-                    }
-                    outcomes.add(c.getAttribute("name") + " " + outcome);
+            return null;
+        });
+        Document doc = JunitCheck.parse(xml);
+        Check.eq(List.of(), JunitCheck.problems(doc), "JUnit structure");
+        List<String> outcomes = new ArrayList<>();
+        String failureText = "";
+        for (Element c : JunitCheck.cases(doc)) {
+            String outcome = "pass";
+            for (Element o : JunitCheck.children(c)) {
+                if (!o.getTagName().startsWith("system-")) {
+                    outcome = o.getTagName();
+                    failureText += outcome.equals("failure") ? o.getTextContent() + "\n" : "";
                 }
             }
-            Check.eq(List.of("01 getBsnNative pass", "02 getPowerStateNative failure", "03 getPowerStateNative error",
-                    "power: a() failure", "display: b() skipped", "the death is reported pass"), outcomes,
-                    "one case per step and check, with its outcome");
-            for (String part : List.of("method: getPowerStateNative", "arguments: \"battery\"", "answer: \"\"",
-                    "log: E ctrl \\u0001 and \\ud800 unpaired", "log: D " + SMILE, "after revive: -1", "log at the kill: W died")) {
-                Check.that(failureText.contains(part), "failure text holds " + part + ": " + failureText);
-            }
-
-            String text = Files.readString(json.toPath(), StandardCharsets.UTF_8);
-            Check.that(text.chars().allMatch(c -> c < 0x7f), "JSON file is ASCII");
-            JsonElement root = JsonParser.parseString(text);
-            String[][] facts = {{"passed", "false"}, {"sequence.failed", "2"},
-                {"sequence.steps.0.fields.sTpCapacitanceFailInfo", "\"caf\\u00e9\""},
-                {"sequence.steps.1.arguments.0", "\"battery\""}, {"sequence.steps.1.result", "\"\""},
-                {"sequence.steps.1.passed", "false"}, {"sequence.steps.1.logs.0.priority", "\"E\""},
-                {"sequence.steps.1.logs.0.text", "\"ctrl \\u0001 and \\ud800 unpaired\""},
-                {"sequence.steps.2.threw", "\"java.lang.IllegalStateException: boom\""},
-                {"drill.checks.1.status", "\"skipped\""}, {"drill.failed", "1"}, {"drill.kill_logs.0.text", "\"died\""}};
-            for (String[] f : facts) {
-                JsonElement e = root;
-                for (String key : f[0].split("\\.")) {
-                    e = e.isJsonArray() ? e.getAsJsonArray().get(Integer.parseInt(key)) : e.getAsJsonObject().get(key);
-                }
-                Check.eq(f[1], e.isJsonPrimitive() && e.getAsJsonPrimitive().isString() ? Values.quote(e.getAsString())
-                        : e.toString(), "JSON " + f[0]);
-            }
-            String line = CallCommand.json(wrong);
-            Check.that(!line.contains("\n") && JsonParser.parseString(line).isJsonObject()
-                    && line.contains("\"logs\":[{\"priority\":\"E\",\"text\":\"ctrl \\u0001 and \\ud800 unpaired\"}"),
-                    "call --json: one object on one line: " + line);
-        } catch (IOException | XMLStreamException e) {
-            throw new IllegalStateException(e);
+            outcomes.add(c.getAttribute("name") + " " + outcome);
         }
+        Check.eq(List.of("01 getBsnNative pass", "02 getPowerStateNative failure", "03 getPowerStateNative error",
+                "power: a() failure", "display: b() skipped", "the death is reported pass"), outcomes,
+                "one case per step and check, with its outcome");
+        for (String part : List.of("method: getPowerStateNative", "arguments: \"battery\"", "answer: \"\"",
+                "log: E ctrl \\u0001 and \\ud800 unpaired", "log: D " + SMILE, "after revive: -1", "log at the kill: W died")) {
+            Check.that(failureText.contains(part), "failure text holds " + part + ": " + failureText);
+        }
+
+        String text = Check.io(() -> Files.readString(json.toPath()));
+        Check.that(text.chars().allMatch(c -> c < 0x7f), "JSON file is ASCII");
+        JsonElement root = JsonParser.parseString(text);
+        String[][] facts = {{"passed", "false"}, {"sequence.failed", "2"},
+            {"sequence.steps.0.fields.sTpCapacitanceFailInfo", "\"caf\\u00e9\""},
+            {"sequence.steps.1.arguments.0", "\"battery\""}, {"sequence.steps.1.result", "\"\""},
+            {"sequence.steps.1.passed", "false"}, {"sequence.steps.1.logs.0.priority", "\"E\""},
+            {"sequence.steps.1.logs.0.text", "\"ctrl \\u0001 and \\ud800 unpaired\""},
+            {"sequence.steps.2.threw", "\"java.lang.IllegalStateException: boom\""},
+            {"drill.checks.1.status", "\"skipped\""}, {"drill.failed", "1"}, {"drill.kill_logs.0.text", "\"died\""}};
+        for (String[] f : facts) {
+            JsonElement e = root;
+            for (String key : f[0].split("\\.")) {
+                e = e.isJsonArray() ? e.getAsJsonArray().get(Integer.parseInt(key)) : e.getAsJsonObject().get(key);
+            }
+            Check.eq(f[1], e.isJsonPrimitive() && e.getAsJsonPrimitive().isString() ? Values.quote(e.getAsString())
+                    : e.toString(), "JSON " + f[0]);
+        }
+        String line = CallCommand.json(wrong);
+        Check.that(!line.contains("\n") && JsonParser.parseString(line).isJsonObject()
+                && line.contains("\"logs\":[{\"priority\":\"E\",\"text\":\"ctrl \\u0001 and \\ud800 unpaired\"}"),
+                "call --json: one object on one line: " + line);
     }
 
     /** The sequence covers every native method, and every step's arguments fit its method. */

@@ -24,11 +24,14 @@ final class JunitCheck {
     private JunitCheck() {}
 
     static Document parse(File file) {
-        try {
-            return DocumentBuilderFactory.newInstance().newDocumentBuilder().parse(file);
-        } catch (Exception e) {
-            throw new IllegalStateException("not well-formed XML: " + e.getMessage(), e);
-        }
+        return Check.io(() -> DocumentBuilderFactory.newInstance().newDocumentBuilder().parse(file));
+    }
+
+    /** Every test case of the file, in order. */
+    static List<Element> cases(Document doc) {
+        List<Element> cases = new ArrayList<>();
+        children(doc.getDocumentElement()).forEach(suite -> cases.addAll(children(suite)));
+        return cases;
     }
 
     /** Everything wrong with the document's structure; empty when a CI server would take it. */
