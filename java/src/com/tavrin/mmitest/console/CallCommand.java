@@ -16,7 +16,6 @@ import picocli.CommandLine.Command;
 import picocli.CommandLine.Mixin;
 import picocli.CommandLine.Option;
 import picocli.CommandLine.Parameters;
-import picocli.CommandLine.Spec;
 
 /** {@code ./mmi call}: one native method against a simulated device set up by the options. */
 @Command(name = "call", sortOptions = false, header = "One native method against the simulated device",
@@ -39,8 +38,8 @@ final class CallCommand implements Callable<Integer> {
     @Parameters(index = "1..*", paramLabel = "ARG", description = "One per parameter of the method.")
     List<String> argTexts = new ArrayList<>();
 
-    @Spec
-    CommandLine.Model.CommandSpec spec;
+    /** The command line this command runs in; set when the console's command line is made. */
+    CommandLine commandLine;
 
     Method method;
     Object[] arguments;
@@ -71,10 +70,10 @@ final class CallCommand implements Callable<Integer> {
 
     @Override
     public Integer call() {
-        PrintWriter out = spec.commandLine().getOut();
-        PrintWriter err = spec.commandLine().getErr();
+        PrintWriter out = commandLine.getOut();
+        PrintWriter err = commandLine.getErr();
         if (methodName == null && device.isEmpty() && !json) {
-            spec.commandLine().usage(out);
+            commandLine.usage(out);
             return Console.OK;
         }
         try {

@@ -31,8 +31,8 @@ public final class Console implements Callable<Integer> {
     static final int FAILED = 1;
     static final int USAGE = 2;
 
-    @CommandLine.Spec
-    CommandLine.Model.CommandSpec spec;
+    /** The command line this command runs in; set when the console's command line is made. */
+    CommandLine line;
 
     public static void main(String[] args) {
         CommandLine line = commandLine();
@@ -44,13 +44,19 @@ public final class Console implements Callable<Integer> {
 
     @Override
     public Integer call() {
-        spec.commandLine().usage(spec.commandLine().getOut());
+        line.usage(line.getOut());
         return OK;
     }
 
     /** The console's command line, writing UTF-8 whatever the locale: device texts may carry any character. */
     static CommandLine commandLine() {
-        CommandLine line = new CommandLine(new Console());
+        Console console = new Console();
+        CommandLine line = new CommandLine(console);
+        console.line = line;
+        CommandLine run = line.getSubcommands().get("run");
+        CommandLine call = line.getSubcommands().get("call");
+        ((FactoryRun) run.getCommand()).commandLine = run;
+        ((CallCommand) call.getCommand()).commandLine = call;
         line.setOut(new PrintWriter(new OutputStreamWriter(new FileOutputStream(FileDescriptor.out),
                 StandardCharsets.UTF_8), true));
         line.setErr(new PrintWriter(new OutputStreamWriter(new FileOutputStream(FileDescriptor.err),
@@ -60,8 +66,8 @@ public final class Console implements Callable<Integer> {
         line.setExpandAtFiles(false);
         line.setStopAtPositional(true);
         line.setParameterExceptionHandler(Console::refuse);
-        line.getSubcommands().get("run").getCommandSpec().usageMessage().footer(DEVICE_NOTES.toArray(new String[0]));
-        line.getSubcommands().get("call").getCommandSpec().usageMessage().footer(callFooter());
+        run.getCommandSpec().usageMessage().footer(DEVICE_NOTES.toArray(new String[0]));
+        call.getCommandSpec().usageMessage().footer(callFooter());
         return line;
     }
 

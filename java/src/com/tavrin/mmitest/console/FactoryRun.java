@@ -17,7 +17,6 @@ import picocli.CommandLine;
 import picocli.CommandLine.Command;
 import picocli.CommandLine.Mixin;
 import picocli.CommandLine.Option;
-import picocli.CommandLine.Spec;
 
 /** {@code ./mmi run}: the factory-test sequence, then the service-death drill. */
 @Command(name = "run", sortOptions = false, header = "The factory-test sequence, then a service-death drill",
@@ -40,13 +39,13 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = {"-h", "--help"}, usageHelp = true, description = "Print this help.")
     boolean help;
 
-    @Spec
-    CommandLine.Model.CommandSpec spec;
+    /** The command line this command runs in; set when the console's command line is made. */
+    CommandLine commandLine;
 
     @Override
     public Integer call() {
-        PrintWriter out = spec.commandLine().getOut();
-        PrintWriter err = spec.commandLine().getErr();
+        PrintWriter out = commandLine.getOut();
+        PrintWriter err = commandLine.getErr();
         String refused = device.apply();
         if (refused != null) {
             err.println("mmi run: " + refused);
