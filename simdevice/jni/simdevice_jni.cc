@@ -205,6 +205,16 @@ JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_resetAnswers(
     Device().ResetAnswers();
 }
 
+JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_reset(JNIEnv*, jclass) {
+    Device().Reset();
+}
+
+JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_withdraw(JNIEnv* env, jclass,
+                                                                            jstring service) {
+    std::optional<Service> s = ServiceArg(env, service);
+    if (s) Device().Withdraw(*s);
+}
+
 JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_waitIdle(JNIEnv*, jclass) {
     SimDevice::WaitIdle();
 }

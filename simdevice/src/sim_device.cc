@@ -120,6 +120,13 @@ bool SimDevice::Revive(Service service) {
     return RegisterLocked(*slots_[static_cast<size_t>(service)]);
 }
 
+void SimDevice::Withdraw(Service service) {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    Slot& slot = *slots_[static_cast<size_t>(service)];
+    slot.absent = true;
+    KillLocked(slot);
+}
+
 bool SimDevice::IsRegistered(Service service) const {
     std::lock_guard<std::mutex> lock(lifecycle_);
     return slots_[static_cast<size_t>(service)]->registered;

@@ -139,6 +139,9 @@ class SimDevice {
     // Registers the service (again): a new registration report. False when already registered.
     bool Revive(Service service);
     bool IsRegistered(Service service) const;
+    // Takes the service off a started device as if it had never been there: killed if registered,
+    // then left unregistered until Reset. Clients see its death; reconnecting finds nothing.
+    void Withdraw(Service service);
 
     // Programs the answer of every later call of the operation. An answer with fewer callback
     // values than the callback takes is completed with 0, false, "" and []. "nocallback" is refused

@@ -39,6 +39,15 @@ public final class SimulatedDevice {
     /** Every operation back to the healthy device's answer. */
     public static native void resetAnswers();
 
+    /**
+     * Back to a started healthy device: default answers, no absent or 1.0-only service, no
+     * recorded calls, every service registered with its full version.
+     */
+    public static native void reset();
+
+    /** Takes the service off a started device: killed, and not there to reconnect until reset(). */
+    public static native void withdraw(String service);
+
     /** Returns once every death and registration report so far has been delivered. */
     public static native void waitIdle();
 
