@@ -1,0 +1,55 @@
+package com.tavrin.mmitest.testkit;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import com.tavrin.mmitest.controller.MmiNativeManager;
+
+import java.util.List;
+
+import org.junit.jupiter.api.MethodOrderer.OrderAnnotation;
+import org.junit.jupiter.api.Order;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.TestMethodOrder;
+import org.junit.jupiter.api.extension.ExtendWith;
+
+/** The first test leaves every kind of change behind; the second must find none of it. */
+@ExtendWith(SimulatedDeviceExtension.class)
+@TestMethodOrder(OrderAnnotation.class)
+class ResetBetweenTestsTest {
+    @Test
+    @Order(1)
+    void leavesTheDeviceInDisarray(Device device) {
+        device.answer("sensors.startSensorSelfTest", "5");
+        assertEquals(5, MmiNativeManager.startSensorSelfTestNative(1, 1));
+        // The library remembers a true answer until its handles are connected again.
+        assertTrue(MmiNativeManager.isTpPressureSupportNative());
+        device.answer("touchscreen.getCapacitanceTestResult", "3,\"open at 4\"");
+        assertEquals(3, MmiNativeManager.getCapacitanceTestResultNative());
+        assertEquals("open at 4", MmiNativeManager.sTpCapacitanceFailInfo);
+        device.onlyV10("display");
+        device.absent("light");
+        device.kill("power");
+        assertEquals("", MmiNativeManager.getBsnNative());
+    }
+
+    @Test
+    @Order(2)
+    void findsAHealthyConnectedDevice(Device device) {
+        assertEquals(List.of(), device.calls());
+        assertEquals(List.of(), device.logs());
+        assertEquals("", MmiNativeManager.sTpCapacitanceFailInfo);
+
+        device.answer("touchscreen.isTpPressureSupported", "false");
+        assertFalse(MmiNativeManager.isTpPressureSupportNative());
+        assertEquals(0, MmiNativeManager.startSensorSelfTestNative(1, 1));
+        assertTrue(MmiNativeManager.setScreenFpsNative(2));
+        assertEquals(0, MmiNativeManager.setLightBrightnessNative(1, 100));
+        assertEquals("capacity=85,status=charging", MmiNativeManager.getPowerStateNative("battery"));
+        assertEquals("KX2611220001A7", MmiNativeManager.getBsnNative());
+        assertEquals(List.of("touchscreen.isTpPressureSupported()", "sensors.startSensorSelfTest(1, 1)",
+                "display.setDisplayFps(2)", "light.setLightBrightness(1, 100)", "power.getPowerState(\"battery\")",
+                "factory.getFactoryInfo(0)"), device.calls());
+    }
+}
