@@ -85,11 +85,12 @@ public final class Device {
      * {@link #logs()}.
      *
      * @throws IllegalArgumentException for an unknown service, naming the known ones
+     * @throws IllegalStateException while another service is killed
      */
     public synchronized void absent(String service) {
         String call = "absent(\"" + service + "\")";
         requireActive(call);
-        knownService(call, service);
+        requireNoOtherKilled(call, knownService(call, service));
         record();
         SimulatedDevice.withdraw(service);
         absent.add(service);
@@ -107,12 +108,14 @@ public final class Device {
      *
      * @throws IllegalArgumentException for a service without a version 1.1: only factory, display
      *     and sensors have one
-     * @throws IllegalStateException when the service is absent in this test
+     * @throws IllegalStateException when the service is absent in this test, or while another
+     *     service is killed
      */
     public synchronized void onlyV10(String service) {
         String call = "onlyV10(\"" + service + "\")";
         requireActive(call);
         requirePresent(call, knownService(call, service));
+        requireNoOtherKilled(call, service);
         try {
             SimulatedDevice.setOnlyV10(service, true);
         } catch (IllegalArgumentException e) {
@@ -144,7 +147,10 @@ public final class Device {
 
     /**
      * Registers a killed service again and returns once the library has handled the registration
-     * report: it reconnects every service that is there. Nothing happens for a running service.
+     * report: it reconnects every service. Nothing happens for a running service. While another
+     * service stays killed, the library's reconnect waits for that one, as on a device: this
+     * returns at once, and every method answers its failure value until the last killed service is
+     * revived.
      *
      * @throws IllegalStateException when the service is absent in this test
      */
@@ -154,7 +160,9 @@ public final class Device {
         requirePresent(call, knownService(call, service));
         SimulatedDevice.revive(service);
         killed.remove(service);
-        SimulatedDevice.waitIdle();
+        if (killed.isEmpty()) {
+            SimulatedDevice.waitIdle();
+        }
     }
 
     /**
@@ -241,6 +249,16 @@ public final class Device {
     private void requirePresent(String call, String service) {
         if (absent.contains(service)) {
             throw new IllegalStateException(call + ": " + service + " is absent in this test");
+        }
+    }
+
+    /** The library's reconnect would wait for a killed service, and this test with it. */
+    private void requireNoOtherKilled(String call, String service) {
+        Set<String> others = new LinkedHashSet<>(killed);
+        others.remove(service);
+        if (!others.isEmpty()) {
+            throw new IllegalStateException(call + ": " + String.join(", ", others) + " killed in this test, and the "
+                    + "library's reconnect would wait for it; set services absent or 1.0-only before killing any");
         }
     }
 

@@ -39,6 +39,10 @@ class DeviceErrorsTest {
                 refused("kill an unknown service", d -> d.kill("lights"), IllegalArgumentException.class,
                         "kill(\"lights\"): unknown service", SERVICES),
                 refused("absent an unknown service", d -> d.absent(""), IllegalArgumentException.class, SERVICES),
+                refused("1.0-only while another service is killed", d -> {
+                    d.kill("power");
+                    d.onlyV10("display");
+                }, IllegalStateException.class, "onlyV10(\"display\"): power killed in this test"),
                 refused("revive an absent service", d -> {
                     d.absent("light");
                     d.revive("light");
