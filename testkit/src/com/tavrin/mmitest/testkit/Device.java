@@ -38,7 +38,6 @@ public final class Device {
     private final Set<String> killed = new LinkedHashSet<>();
     private final List<String> calls = new ArrayList<>();
     private final List<String> logs = new ArrayList<>();
-    private StaticFields fields;
 
     private Device() {}
 
@@ -201,7 +200,6 @@ public final class Device {
      * service already runs: it clears what the library remembers between calls.
      */
     synchronized void begin(StaticFields libraryFields) {
-        fields = libraryFields;
         SimulatedDevice.reset();
         absent.clear();
         killed.clear();
@@ -210,7 +208,7 @@ public final class Device {
         drop();
         calls.clear();
         logs.clear();
-        fields.restore();
+        libraryFields.restore();
         active = true;
     }
 
