@@ -65,19 +65,18 @@ struct Analysis {
 };
 
 void Usage(std::FILE* to) {
-    std::fprintf(
-        to,
-        "usage: flicker [--rate HZ] [--column N] [--json] [--spectrum OUT.svg] FILE...\n"
-        "  FILE holds light samples: one integer a line, one comma-separated line, or a\n"
-        "  table (every line the same number of values) whose series --column N picks;\n"
-        "  the first 256 samples are used, \"-\" reads standard input.\n"
-        "  --rate HZ        sampling rate, 1 to 1000000 (default 1000)\n"
-        "  --column N       the table column holding the samples, from 1\n"
-        "  --json           one JSON object a capture instead of the text line\n"
-        "  --spectrum F.svg draw the amplitude spectrum as SVG; with several FILEs, one\n"
-        "                   F-NAME.svg each, NAME the capture's file name without extension\n"
-        "exit status: 0 analysed, 1 a capture could not be read or analysed, 2 command line\n"
-        "refused (nothing analysed or written)\n");
+    std::fprintf(to,
+                 "usage: flicker [--rate HZ] [--column N] [--json] [--spectrum OUT.svg] FILE...\n"
+                 "  FILE holds light samples: one integer a line, one comma-separated line, or a\n"
+                 "  table (every line the same number of values) whose series --column N picks;\n"
+                 "  the first 256 samples are used, \"-\" reads standard input.\n"
+                 "  --rate HZ        sampling rate, 1 to 1000000 (default 1000)\n"
+                 "  --column N       the table column holding the samples, from 1\n"
+                 "  --json           one JSON object a capture instead of the text line\n"
+                 "  --spectrum F.svg draw the amplitude spectrum as SVG; with several FILEs one\n"
+                 "                   F-NAME.svg each (NAME: the capture's name, no extension)\n"
+                 "exit status: 0 analysed, 1 a capture could not be read or analysed,\n"
+                 "  2 command line refused (then nothing is analysed or written)\n");
 }
 
 std::string Trim(const std::string& s) {
