@@ -93,7 +93,7 @@ TEST(Faults, EveryNativeAgainstFailingServicesAndBadArguments) {
         EXPECT_EQ(r.errors,
                   std::vector<std::string>{Tagged(
                       o.function[i] + " fail, transport error: Status(EX_TRANSACTION_FAILED): "
-                                      "'DEAD_OBJECT'")});
+                                      "'DEAD_OBJECT: '")});
         if (simdevice::SimDevice::FindOperation(call.service, call.operation)->callback) {
             ++callbacks;
             ASSERT_TRUE(program("nocallback"));

@@ -13,6 +13,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
@@ -86,8 +87,15 @@ struct hidl_string {
         mSize = 0;
         mOwnsBuffer = false;
     }
-    // Refers to characters owned elsewhere; they must outlive this text.
+    // Refers to characters owned elsewhere; they must outlive this text. As on a device, they must
+    // end with a zero byte: the transport hands the buffer to the other side as a C string.
     void setToExternal(const char* data, size_t size) {
+        if (size > UINT32_MAX || data == nullptr || data[size] != '\0') {
+            std::fprintf(stderr,
+                         "hidl_string::setToExternal: text of %zu bytes without a zero byte\n",
+                         size);
+            std::abort();
+        }
         clear();
         mBuffer = data;
         mSize = static_cast<uint32_t>(size);
@@ -167,10 +175,15 @@ struct hidl_vec {
     const T* end() const { return data() + mSize; }
     operator std::vector<T>() const { return std::vector<T>(begin(), end()); }  // NOLINT
 
-    // New elements are value-initialised (zero for integers); kept elements keep their values.
+    // New elements are default-initialised, as on a device, where integers start with whatever the
+    // heap held; here they start as kPoison bytes, so code that reads them before writing them
+    // shows. Kept elements keep their values.
     void resize(size_t size) {
         if (size > UINT32_MAX) std::abort();
-        T* buf = size == 0 ? nullptr : new T[size]();
+        T* buf = size == 0 ? nullptr : new T[size];
+        if constexpr (std::is_trivially_default_constructible_v<T>) {
+            if (buf != nullptr) std::memset(static_cast<void*>(buf), kPoison, size * sizeof(T));
+        }
         for (size_t i = 0; i < size && i < mSize; ++i) buf[i] = std::move(mBuffer.get()[i]);
         clear();
         mBuffer = buf;
@@ -191,6 +204,7 @@ struct hidl_vec {
     }
 
     static constexpr size_t kOffsetOfBuffer = 0;
+    static constexpr unsigned char kPoison = 0xA5;
 
   private:
     void assignRange(const T* src, size_t n) {
