@@ -208,6 +208,7 @@ class LoopbackBinder : public IBinder {
         if (stub == nullptr) return DEAD_OBJECT;
         TransactionScope scope(mNode->descriptor(), code);
         status_t err = stub->transact(code, data, reply, flags, [](Parcel&) {});
+        scope.runDeferred();
         // The reply of a failed call never reaches the client.
         if (scope.failed()) return DEAD_OBJECT;
         if (scope.withheld()) reply->withholdValues();
@@ -355,15 +356,40 @@ thread_local int tState = kServing;
 
 }  // namespace
 
+thread_local TransactionScope* tScope = nullptr;
+
 TransactionScope::TransactionScope(const char* descriptor, uint32_t position)
-    : mTransaction{descriptor, position}, mOuter(tCurrent), mOuterState(tState) {
+    : mTransaction{descriptor, position},
+      mOuter(tCurrent),
+      mOuterState(tState),
+      mOuterScope(tScope) {
     tCurrent = &mTransaction;
     tState = kServing;
+    tScope = this;
 }
 
 TransactionScope::~TransactionScope() {
     tCurrent = mOuter;
     tState = mOuterState;
+    tScope = mOuterScope;
+}
+
+void TransactionScope::runDeferred() {
+    std::function<void()> fn = std::move(mDeferred);
+    mDeferred = nullptr;
+    if (fn) fn();
+}
+
+void afterCurrentTransaction(std::function<void()> fn) {
+    if (tScope == nullptr) {
+        fn();
+        return;
+    }
+    std::function<void()> earlier = std::move(tScope->mDeferred);
+    tScope->mDeferred = [earlier, fn] {
+        if (earlier) earlier();
+        fn();
+    };
 }
 
 bool TransactionScope::failed() const { return tState == kFailed; }

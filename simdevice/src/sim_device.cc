@@ -146,6 +146,12 @@ void SimDevice::RegisterLater(Service service, int64_t ms) {
 }
 
 void SimDevice::Crash(Service service) {
+    // The service goes down once its failed call has left it, as a process that aborts after the
+    // call.
+    ::android::hardware::details::afterCurrentTransaction([this, service] { CrashNow(service); });
+}
+
+void SimDevice::CrashNow(Service service) {
     Kill(service);
     int64_t delay;
     {

@@ -30,19 +30,28 @@ void failCurrentTransaction();
 // running, as a service that returns without calling back would in the same process.
 void withholdCurrentCallback();
 
+// Lets a service act once the call it is serving has ended (a crash that takes the service down
+// after its failed call left it), on the same thread; outside a call, at once.
+void afterCurrentTransaction(std::function<void()> fn);
+
 class TransactionScope {
   public:
     TransactionScope(const char* descriptor, uint32_t position);
     ~TransactionScope();
     bool failed() const;
     bool withheld() const;
+    // Runs what the service left for after the call.
+    void runDeferred();
     TransactionScope(const TransactionScope&) = delete;
     TransactionScope& operator=(const TransactionScope&) = delete;
 
   private:
+    friend void afterCurrentTransaction(std::function<void()> fn);
     Transaction mTransaction;
     const Transaction* mOuter;
     int mOuterState;
+    TransactionScope* mOuterScope;
+    std::function<void()> mDeferred;
 };
 
 // Host controls for simulated services and tests.

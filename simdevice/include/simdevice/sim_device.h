@@ -194,6 +194,7 @@ class SimDevice {
     // Registers the service after ms milliseconds, on the device's scheduling thread.
     void RegisterLater(Service service, int64_t ms);
     void Crash(Service service);
+    void CrashNow(Service service);
 
     std::shared_ptr<internal::Core> core_;
     mutable std::mutex lifecycle_;
