@@ -1,6 +1,6 @@
 package com.tavrin.mmitest.console;
 
-import java.io.File;
+import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.HashSet;
 import java.util.List;
@@ -23,8 +23,8 @@ final class JunitCheck {
 
     private JunitCheck() {}
 
-    static Document parse(File file) {
-        return Check.io(() -> DocumentBuilderFactory.newInstance().newDocumentBuilder().parse(file));
+    static Document parse(Path file) throws Exception {
+        return DocumentBuilderFactory.newInstance().newDocumentBuilder().parse(file.toFile());
     }
 
     /** Every test case of the file, in order. */

@@ -1,0 +1,62 @@
+package com.tavrin.mmitest.console;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.util.List;
+
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
+
+/** The command line of {@code call} and its answers, parsed without running anything. */
+class CallCommandTest {
+    @ParameterizedTest(name = "{0}")
+    @CsvSource(delimiter = '|', value = {
+        "5,x | 5,\"x\"", "true,crown ok | true,\"crown ok\"", "x\"y | \"x\\\"y\"",
+        "0,\"a\\\\\",x | 0,\"a\\\\\",\"x\"", "7 | 7", "-3,1.5e3 | -3,1.5e3", "0,\"a,b\" | 0,\"a,b\"",
+        "0,\"a\\\",b\",[1, 2] | 0,\"a\\\",b\",[1, 2]", "false,null | false,null", "nocallback | nocallback",
+        "transport-error | transport-error", "0, | 0,", "0,bytes:00ff,x | 0,bytes:00ff,\"x\""})
+    void bareWordsOfAnAnswerAreQuoted(String typed, String quoted) {
+        assertEquals(quoted, Answers.requote(typed));
+    }
+
+    @Test
+    void answerMethodAndArgument() {
+        // As bash delivers: --answer power.getPowerState=5,"x" getPowerStateNative "battery"
+        CallCommand r = CallCommand.parse(List.of("--answer", "power.getPowerState=5,x", "getPowerStateNative", "battery"));
+        assertEquals("[power.getPowerState=5,x] getPowerStateNative [battery]",
+                r.device.answers + " " + r.method.getName() + " " + List.of(r.arguments));
+    }
+
+    @Test
+    void optionsAndTypedArguments() {
+        CallCommand r = CallCommand.parse(List.of("--absent", "light", "--only-1.0=display",
+                "--answer=factory.getFactoryInfo=0,\"a=b\"", "--json", "--", "sensorActivateNative", "5", "true", "-1"));
+        assertEquals(List.of(List.of("light"), List.of("display"), "0,\"a=b\"", true, List.of(5, true, -1)),
+                List.of(r.device.absent, r.device.onlyV10, r.device.answers.get(0).text, r.json, List.of(r.arguments)));
+    }
+
+    @Test
+    void afterTheMethodAnOptionNameIsAnArgument() {
+        assertEquals(List.of("--answer"), List.of(CallCommand.parse(List.of("getPowerStateNative", "--answer")).arguments));
+    }
+
+    @ParameterizedTest(name = "{0}")
+    @CsvSource(delimiter = '|', value = {
+        "--only-1.0 power getBsnNative | factory, display, sensors",
+        "--answer power=5 getBsnNative | SERVICE.OPERATION=ANSWER",
+        "--absent | needs a value",
+        "--absent nowhere getBsnNative | unknown service nowhere",
+        "--bogus | unknown option --bogus",
+        "--absent light | no method named",
+        "getBsnNative2 | no native method getBsnNative2",
+        "getPowerStateNative | takes 1 argument, got 0",
+        "setMmiResultNative 1 two | argument 2"})
+    void refused(String line, String reason) {
+        IllegalArgumentException e = assertThrows(IllegalArgumentException.class,
+                () -> CallCommand.parse(List.of(line.split(" "))));
+        assertTrue(e.getMessage().contains(reason), e.getMessage());
+    }
+}
