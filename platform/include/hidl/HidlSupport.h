@@ -169,11 +169,66 @@ struct hidl_vec {
     const T* data() const { return mBuffer.get(); }
     T& operator[](size_t i) { return mBuffer.get()[i]; }
     const T& operator[](size_t i) const { return mBuffer.get()[i]; }
-    T* begin() { return data(); }
-    T* end() { return data() + mSize; }
-    const T* begin() const { return data(); }
-    const T* end() const { return data() + mSize; }
-    operator std::vector<T>() const { return std::vector<T>(begin(), end()); }  // NOLINT
+    // The device's iterators derive from std::iterator, which current toolchains mark deprecated:
+    // under clang, the device's compiler, code that iterates a hidl_vec warns there and so here.
+    // GCC warns at the definition itself, used or not, so the host's GCC build is spared.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+#endif
+    template <bool kConst>
+    class iter : public std::iterator<std::random_access_iterator_tag, T, std::ptrdiff_t,
+                                      std::conditional_t<kConst, const T*, T*>,
+                                      std::conditional_t<kConst, const T&, T&>> {
+        using Ptr = std::conditional_t<kConst, const T*, T*>;
+        using Ref = std::conditional_t<kConst, const T&, T&>;
+
+      public:
+        iter(Ptr p) : mPtr(p) {}  // NOLINT
+        Ref operator*() const { return *mPtr; }
+        Ptr operator->() const { return mPtr; }
+        Ref operator[](std::ptrdiff_t n) const { return mPtr[n]; }
+        iter& operator++() {
+            ++mPtr;
+            return *this;
+        }
+        iter operator++(int) { return iter(mPtr++); }
+        iter& operator--() {
+            --mPtr;
+            return *this;
+        }
+        iter operator--(int) { return iter(mPtr--); }
+        iter& operator+=(std::ptrdiff_t n) {
+            mPtr += n;
+            return *this;
+        }
+        iter& operator-=(std::ptrdiff_t n) {
+            mPtr -= n;
+            return *this;
+        }
+        iter operator+(std::ptrdiff_t n) const { return iter(mPtr + n); }
+        iter operator-(std::ptrdiff_t n) const { return iter(mPtr - n); }
+        std::ptrdiff_t operator-(const iter& o) const { return mPtr - o.mPtr; }
+        bool operator==(const iter& o) const { return mPtr == o.mPtr; }
+        bool operator!=(const iter& o) const { return mPtr != o.mPtr; }
+        bool operator<(const iter& o) const { return mPtr < o.mPtr; }
+        bool operator>(const iter& o) const { return mPtr > o.mPtr; }
+        bool operator<=(const iter& o) const { return mPtr <= o.mPtr; }
+        bool operator>=(const iter& o) const { return mPtr >= o.mPtr; }
+
+      private:
+        Ptr mPtr;
+    };
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+    using iterator = iter<false>;
+    using const_iterator = iter<true>;
+    iterator begin() { return data(); }
+    iterator end() { return data() + mSize; }
+    const_iterator begin() const { return data(); }
+    const_iterator end() const { return data() + mSize; }
+    operator std::vector<T>() const { return std::vector<T>(data(), data() + mSize); }  // NOLINT
 
     // New elements are default-initialised, as on a device, where integers start with whatever the
     // heap held; here they start as kPoison bytes, so code that reads them before writing them
