@@ -39,6 +39,17 @@ class CallCommandTest {
     }
 
     @Test
+    void lateAndRestartingServices() {
+        CallCommand r = CallCommand.parse(List.of("--start-delay", "power=1500", "--start-delay=light=0",
+                "--restart-delay", "never", "getBsnNative"));
+        assertEquals(List.of("power=1500", "light=0", -1L, true), List.of(
+                r.device.startDelays.get(0).service + "=" + r.device.startDelays.get(0).ms,
+                r.device.startDelays.get(1).service + "=" + r.device.startDelays.get(1).ms,
+                r.device.restartDelay, r.device.lateStart()));
+        assertEquals(250L, CallCommand.parse(List.of("--restart-delay=250", "getBsnNative")).device.restartDelay);
+    }
+
+    @Test
     void afterTheMethodAnOptionNameIsAnArgument() {
         assertEquals(List.of("--answer"), List.of(CallCommand.parse(List.of("getPowerStateNative", "--answer")).arguments));
     }
@@ -53,7 +64,11 @@ class CallCommandTest {
         "--absent light | no method named",
         "getBsnNative2 | no native method getBsnNative2",
         "getPowerStateNative | takes 1 argument, got 0",
-        "setMmiResultNative 1 two | argument 2"})
+        "setMmiResultNative 1 two | argument 2",
+        "--start-delay power getBsnNative | SERVICE=MS",
+        "--start-delay moon=5 getBsnNative | unknown service moon",
+        "--start-delay power=-5 getBsnNative | milliseconds (0 or more), got -5",
+        "--restart-delay soon getBsnNative | milliseconds (0 or more), got soon"})
     void refused(String line, String reason) {
         IllegalArgumentException e = assertThrows(IllegalArgumentException.class,
                 () -> CallCommand.parse(List.of(line.split(" "))));
