@@ -26,7 +26,7 @@ public final class Device {
 
     /** What {@link #answer} accepts, as its errors name it. */
     static final String ANSWER_FORMS = "values separated by commas (7, -3, true, \"text\", [1,2,3], bytes:41ff42), "
-            + "nocallback (callback operations only) or transport-error";
+            + "nocallback (callback operations only), transport-error or crash";
 
     /** The static String fields of MmiNativeManager that the library writes. */
     private static final List<String> WRITTEN_FIELDS = List.of("sTpCapacitanceFailInfo", "sTouchKeyCapacitanceFailInfo");
@@ -49,8 +49,10 @@ public final class Device {
      * @param answer one value ({@code "5"}, {@code "true"}, {@code "\"60,90\""}); the values the
      *     operation hands to its callback, separated by commas ({@code "3,\"open at 4\""}, missing
      *     trailing values become 0, false, "" or []); texts as JSON strings or as
-     *     {@code bytes:HEX}; {@code "nocallback"} (the service returns without calling back) or
-     *     {@code "transport-error"} (the call fails in the middle)
+     *     {@code bytes:HEX}; {@code "nocallback"} (the service returns without calling back),
+     *     {@code "transport-error"} (the call fails in the middle) or {@code "crash"} (the service
+     *     dies in the middle of the call, and registers again 300 ms later, see
+     *     {@link #waitForRestarts()})
      * @throws IllegalArgumentException for an unknown service or operation, or an answer the
      *     operation cannot give; the message names what is accepted
      */
@@ -162,6 +164,15 @@ public final class Device {
         if (killed.isEmpty()) {
             SimulatedDevice.waitIdle();
         }
+    }
+
+    /**
+     * Returns once every service that crashed in the middle of a call has registered again and the
+     * library has handled the reports.
+     */
+    public synchronized void waitForRestarts() {
+        requireActive("waitForRestarts()");
+        SimulatedDevice.waitRestarts();
     }
 
     /**

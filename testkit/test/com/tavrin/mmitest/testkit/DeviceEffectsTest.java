@@ -42,6 +42,26 @@ class DeviceEffectsTest {
                         "D KxMMITest_jni: GetPowerState, result code: 0, result info: capacity=5", true));
     }
 
+    @Test
+    void revivingOneOfTwoKilledServicesLeavesTheLibraryWaitingForTheOther(Device device) {
+        device.kill("light");
+        device.kill("power");
+        device.revive("power");
+        // The reconnect waits for light, which the library connects before otherdevices.
+        assertEquals(-1, MmiNativeManager.getTouchKeySupportFlagNative());
+        device.revive("light");
+        assertEquals(1, MmiNativeManager.getTouchKeySupportFlagNative());
+    }
+
+    @Test
+    void crashedServiceComesBack(Device device) {
+        device.answer("power.getPowerState", "crash");
+        assertEquals("", MmiNativeManager.getPowerStateNative("battery"));
+        device.waitForRestarts();
+        assertEquals("KX2611220001A7", MmiNativeManager.getBsnNative());
+        assertTrue(device.logs().contains("W KxMMITest_jni: ProcessServiceDied, cookie is:5"), device.logs()::toString);
+    }
+
     private static Arguments change(String name, Consumer<Device> change, Supplier<Object> request, Object answer,
             String lastLog, boolean othersConnected) {
         return Arguments.of(name, change, request, answer, lastLog, othersConnected);

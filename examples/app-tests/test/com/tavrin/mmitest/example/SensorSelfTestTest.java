@@ -37,6 +37,7 @@ class SensorSelfTestTest {
         "sensors.getSensorSelfTestResult | 5 | FAIL | self-test failed: code 5",
         "sensors.startSensorSelfTest     | 2 | FAIL | self-test did not start: code 2",
         "sensors.startSensorSelfTest     | transport-error | NO_SERVICE | sensor service lost before the self-test",
+        "sensors.getSensorSelfTestResult | crash | NO_SERVICE | sensor service lost during the self-test",
     })
     void sensorAnswersBecomeVerdicts(String operation, String answer, Verdict verdict, String detail, Device device)
             throws InterruptedException {
