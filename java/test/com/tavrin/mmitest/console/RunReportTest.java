@@ -41,16 +41,21 @@ class RunReportTest {
 
     @BeforeAll
     static void writeBoth() throws Exception {
-        RunReport report = new RunReport("power");
+        RunReport report = new RunReport("1.2-test");
+        report.drillService = "power";
         StepRecord fine = record("getBsnNative", "KX1", true, "D fine");
         fine.fields.put("sTpCapacitanceFailInfo", "caf\u00e9");
         wrong = record("getPowerStateNative", "", false, "E ctrl \u0001 and \ud800 unpaired", "D " + SMILE);
         StepRecord threw = record("getPowerStateNative", null, false);
         threw.thrown = new IllegalStateException("boom");
         report.steps.addAll(List.of(fine, wrong, threw));
+        for (int i = 0; i < report.steps.size(); i++) {
+            report.steps.get(i).number = i + 1;
+        }
         report.checks.add(new RunReport.DrillCheck("power: a()", RunReport.Status.FAIL, "FAIL: not restored",
                 List.of("before: 1", "while down: -1", "after revive: -1")));
-        report.checks.add(new RunReport.DrillCheck("display: b()", RunReport.Status.SKIPPED, "not checked", List.of()));
+        report.checks.add(new RunReport.DrillCheck("display: b()", RunReport.Status.SKIPPED, "failing before the kill",
+                List.of()));
         report.line(true, "the death is reported", "the death is reported");
         report.killLogs = new String[] {"W died"};
         report.writeJunit(dir.resolve("r.xml"));
