@@ -148,7 +148,9 @@ final class FactoryRun implements Callable<Integer> {
             }
         }
         report.seconds = (System.nanoTime() - start) / 1e9;
-        out.println();
+        if (!quiet) {
+            out.println();
+        }
         for (String[] line : report.summary()) {
             if (line.length == 1) {
                 out.println(line[0]);

@@ -154,7 +154,7 @@ final class RunReport {
         if (stopped) {
             line += ", stopped at the first failure (-x)";
         } else if (drillService != null && drillSkipped != null) {
-            line += ", drill skipped";
+            line += ", drill skipped: " + drillSkipped;
         }
         String runs = repeat > 1 ? repeat + " runs of each step, " : "";
         return line + String.format(Locale.ROOT, " (%s%.1f s)", runs, seconds);
