@@ -293,6 +293,8 @@ void OnLogLine(std::function<void(const LogLine&)> hook) {
 
 long LibraryTextsChecked() { return Agent().checked.load(); }
 
+long LocalReferences() { return Agent().localReferences(Env()); }
+
 std::vector<std::string> InvalidLibraryTexts() {
     std::lock_guard<std::mutex> lock(Agent().lock);
     return Agent().invalid;

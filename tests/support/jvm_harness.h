@@ -81,6 +81,8 @@ std::vector<std::string> InvalidLibraryTexts();
 // order from now on, or stops; TakeStringCalls hands over what was recorded.
 void TraceStringCalls(bool on);
 std::vector<StringCall> TakeStringCalls();
+// The calling thread's live JNI local references, every frame counted.
+long LocalReferences();
 
 // Calls one of the library's exported functions (JNI_OnLoad, InitMmiNativeManager, ...) directly.
 void* LibrarySymbol(const char* name);

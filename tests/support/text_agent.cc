@@ -15,6 +15,7 @@
 namespace {
 
 kxtest::TextAgentState g_state;
+jvmtiEnv* g_jvmti = nullptr;
 JNINativeInterface_ g_original;
 JNINativeInterface_ g_wrapped;
 
@@ -77,6 +78,31 @@ void JNICALL ReleaseStringUTFChars(JNIEnv* env, jstring string, const char* char
     g_original.ReleaseStringUTFChars(env, string, chars);
 }
 
+// The heap walk reports every JNI local reference as a root; the calling thread is told apart from
+// the others by a tag of its own for the length of the walk.
+constexpr jlong kCallingThread = 0x4b584d4d49;
+std::atomic<long> g_localReferences{0};
+
+long LocalReferences(JNIEnv* env) {
+    jthread self = nullptr;
+    if (g_jvmti->GetCurrentThread(&self) != JVMTI_ERROR_NONE) return -1;
+    g_localReferences.store(0);  // the walk counts on the VM's own thread
+    jvmtiHeapCallbacks callbacks{};
+    callbacks.heap_reference_callback = [](jvmtiHeapReferenceKind kind,
+                                           const jvmtiHeapReferenceInfo* info, jlong, jlong, jlong,
+                                           jlong*, jlong*, jint, void*) -> jint {
+        if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL && info->jni_local.thread_tag == kCallingThread)
+            ++g_localReferences;
+        return 0;  // roots only
+    };
+    const bool walked =
+        g_jvmti->SetTag(self, kCallingThread) == JVMTI_ERROR_NONE &&
+        g_jvmti->FollowReferences(0, nullptr, nullptr, &callbacks, nullptr) == JVMTI_ERROR_NONE;
+    g_jvmti->SetTag(self, 0);
+    env->DeleteLocalRef(self);
+    return walked ? g_localReferences.load() - 1 : -1;  // not the thread reference made here
+}
+
 // The table can only be replaced once the VM is live.
 void JNICALL OnVmInit(jvmtiEnv* jvmti, JNIEnv* /*env*/, jthread /*thread*/) {
     jniNativeInterface* table = nullptr;
@@ -103,6 +129,11 @@ extern "C" kxtest::TextAgentState* KxTextAgentState() { return &g_state; }
 extern "C" JNIEXPORT jint JNICALL Agent_OnLoad(JavaVM* vm, char* /*options*/, void* /*reserved*/) {
     jvmtiEnv* jvmti = nullptr;
     if (vm->GetEnv(reinterpret_cast<void**>(&jvmti), JVMTI_VERSION_1_2) != JNI_OK) return JNI_ERR;
+    jvmtiCapabilities tagging{};
+    tagging.can_tag_objects = 1;
+    if (jvmti->AddCapabilities(&tagging) != JVMTI_ERROR_NONE) return JNI_ERR;
+    g_jvmti = jvmti;
+    g_state.localReferences = LocalReferences;
     jvmtiEventCallbacks callbacks{};
     callbacks.VMInit = OnVmInit;
     if (jvmti->SetEventCallbacks(&callbacks, sizeof(callbacks)) != JVMTI_ERROR_NONE ||

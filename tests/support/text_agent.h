@@ -1,8 +1,11 @@
 // What the JNI agent saw: the agent (text_agent.cc, loaded into every suite's JVM) wraps
 // NewStringUTF, GetStringUTFChars and ReleaseStringUTFChars in the JVM's function table and
-// watches the calls that come from the library itself.
+// watches the calls that come from the library itself. It also counts a thread's live JNI local
+// references, which the JVM's own checks no longer report.
 #ifndef KXMMI_TESTS_SUPPORT_TEXT_AGENT_H
 #define KXMMI_TESTS_SUPPORT_TEXT_AGENT_H
+
+#include <jni.h>
 
 #include <atomic>
 #include <mutex>
@@ -25,6 +28,8 @@ struct TextAgentState {
     std::mutex lock;
     std::vector<std::string> invalid;  // texts that were not modified UTF-8, in hexadecimal
     std::vector<StringCall> trace;     // while tracing
+    // The calling thread's live JNI local references, all frames together; -1 if unknown.
+    long (*localReferences)(JNIEnv* env) = nullptr;
 };
 
 }  // namespace kxtest
