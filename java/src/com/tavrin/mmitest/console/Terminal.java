@@ -1,6 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import java.util.Map;
+import java.util.function.UnaryOperator;
 
 /**
  * What the console knows of the terminal it prints to: its width and whether it may colour.
@@ -31,12 +32,16 @@ final class Terminal {
 
     /** The terminal of this process: COLUMNS, else mmi.terminal.columns, else 80 columns. */
     static Terminal of(Map<String, String> env, boolean noColourOption) {
+        return of(env, System::getProperty, noColourOption);
+    }
+
+    static Terminal of(Map<String, String> env, UnaryOperator<String> property, boolean noColourOption) {
         int width = positive(env.get("COLUMNS"));
         if (width == 0) {
-            width = positive(System.getProperty("mmi.terminal.columns"));
+            width = positive(property.apply("mmi.terminal.columns"));
         }
         String noColour = env.get("NO_COLOR");
-        boolean colour = Boolean.getBoolean("mmi.stdout.tty") && (noColour == null || noColour.isEmpty())
+        boolean colour = "true".equals(property.apply("mmi.stdout.tty")) && (noColour == null || noColour.isEmpty())
                 && !noColourOption;
         return new Terminal(width == 0 ? DEFAULT_WIDTH : width, colour);
     }
