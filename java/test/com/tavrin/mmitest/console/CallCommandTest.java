@@ -69,4 +69,18 @@ class CallCommandTest {
                 () -> CallCommand.parse(List.of(line.split(" "))));
         assertTrue(e.getMessage().contains(reason), e.getMessage());
     }
+
+    /** The device's refusal, with the accepted forms where the user went wrong. */
+    @ParameterizedTest(name = "{0}")
+    @CsvSource(delimiter = '|', value = {
+        "nocalback | unknown answer keyword nocalback (did you mean nocallback?); an answer is nocallback, "
+            + "transport-error, or values",
+        "transport_eror | (did you mean transport-error?)",
+        "NoCallBack | (did you mean nocallback?)",
+        "0,bytes:4g | column 9: bytes: needs pairs of hex digits; bytes:HEX takes pairs of hex digits 0-9 a-f",
+        "banana | device says no"})
+    void refusedAnswersNameTheAcceptedForms(String answer, String message) {
+        String device = answer.contains("bytes:") ? "column 9: bytes: needs pairs of hex digits" : "device says no";
+        assertTrue(Answers.explain(answer, device).contains(message), Answers.explain(answer, device));
+    }
 }
