@@ -128,8 +128,9 @@ public final class Console implements Callable<Integer> {
     private static final List<String> DEVICE_NOTES = List.of("",
             "SERVICE  " + String.join(", ", DeviceOptions.SERVICES),
             "ANSWER   nocallback, transport-error, or values separated by commas: 7, true,",
-            "         \"text\", [1,2,3]; quote the whole option for the shell to keep the",
-            "         quotes (a bare word is taken as text: power.getPowerState=5,x)");
+            "         \"text\", [1,2,3], bytes:HEX; quote the whole option for the shell to",
+            "         keep the quotes (a bare word is taken as text: power.getPowerState=5,x);",
+            "         mmi call --list-ops lists the operations and their answers");
 
     private static String[] callFooter() {
         List<String> lines = new ArrayList<>(DEVICE_NOTES);

@@ -319,8 +319,8 @@ final class FactoryRun implements Callable<Integer> {
                 }
             }
             if (repeat > 1) {
-                err.println("mmi run: round " + round + " of " + repeat + ": " + failed + " of " + chosen.size()
-                        + " steps failed");
+                err.println("mmi run: round " + round + " of " + repeat + ": " + failed + " of "
+                        + RunReport.count(chosen.size(), "step") + " failed");
             }
         }
         for (StepRecord r : records) {

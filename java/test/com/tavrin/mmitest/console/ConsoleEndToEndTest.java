@@ -240,7 +240,7 @@ class ConsoleEndToEndTest {
                 "  FAIL  step 37 startSensorSelfTestNative(1, 1): 3 of 3 runs failed; answered 5, healthy answer 0"),
                 r.lines().subList(0, 2));
         assertTrue(r.last().startsWith("FAILED: 1 of 1 step failed (3 runs of each step, "), r.last());
-        assertEquals(3, r.err().lines().filter(l -> l.matches("mmi run: round \\d of 3: 1 of 1 steps failed")).count(),
+        assertEquals(3, r.err().lines().filter(l -> l.matches("mmi run: round \\d of 3: 1 of 1 step failed")).count(),
                 r.err());
     }
 
