@@ -2,6 +2,7 @@ package com.tavrin.mmitest.console;
 
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Locale;
 import java.util.regex.Pattern;
 
 /**
@@ -32,7 +33,7 @@ final class Answers {
         String word = answer.strip();
         if (word.matches("[A-Za-z][A-Za-z_-]*") && !KEYWORDS.contains(word)) {
             for (String k : KEYWORDS) {
-                if (distance(word.toLowerCase(java.util.Locale.ROOT), k) <= 3) {
+                if (distance(word.toLowerCase(Locale.ROOT), k) <= 3) {
                     return "unknown answer keyword " + word + " (did you mean " + k + "?); " + FORMS;
                 }
             }

@@ -8,6 +8,7 @@ import java.nio.file.Files;
 import java.nio.file.NoSuchFileException;
 import java.nio.file.Path;
 import java.util.List;
+import java.util.Locale;
 
 /**
  * The files a run writes its results to, checked before any work: a run that cannot keep its
@@ -88,7 +89,7 @@ final class OutputFiles {
         }
         if (e instanceof FileSystemException) {
             FileSystemException f = (FileSystemException) e;
-            return f.getFile() + ": " + (f.getReason() != null ? f.getReason().toLowerCase(java.util.Locale.ROOT)
+            return f.getFile() + ": " + (f.getReason() != null ? f.getReason().toLowerCase(Locale.ROOT)
                     : "cannot be written");
         }
         return e.getMessage() != null ? e.getMessage() : "cannot be written";
