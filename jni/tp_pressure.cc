@@ -61,7 +61,9 @@ jint SetApPressureCalibrationExtern(JNIEnv* env, jobject /*object*/, jint sensor
         return -1;
     }
     hidl_vec<int32_t> data(static_cast<size_t>(length));
-    std::copy(elements, elements + length, data.begin());
+    // Through data(), not begin(): the device's hidl_vec iterator derives from std::iterator,
+    // which toolchains mark deprecated, so begin() is an error there under -Werror.
+    std::copy(elements, elements + length, data.data());
     env->ReleaseIntArrayElements(rawData, elements, JNI_ABORT);  // the copy is all the call needs
 
     std::optional<int32_t> answer =
