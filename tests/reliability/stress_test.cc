@@ -1,9 +1,14 @@
 // Eight Java threads call random natives while another thread kills one to three random services
-// for 1-4 ms every 2-8 ms; KXMMI_STRESS_SECONDS sets the length of the run (6 s by default).
+// for 1-4 ms every 2-8 ms. KXMMI_STRESS_SECONDS sets the length of the run (6 s by default, at
+// most a day) and KXMMI_STRESS_SEED the random choices (a fresh seed by default); ./mmi stress
+// sets both. A line on standard error every 5 s shows how far the run is.
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
 #include <random>
 #include <thread>
 
@@ -16,6 +21,7 @@ using simdevice::Answer;
 using simdevice::Service;
 
 constexpr int kThreads = 8;
+constexpr int kProgressSeconds = 5;
 enum Counter { kCalls, kSuccess, kFailure, kOlder, kWrong, kThrown, kStuckThreads, kLeastCalled };
 
 // Every operation answers values of its own, so that an answer handed to the wrong call shows. A
@@ -52,6 +58,26 @@ struct Tally {
     }
 };
 
+// A setting from the environment: `fallback` when unset or empty; a value outside [low, high]
+// refuses the run before the JVM starts, with exit status 2.
+unsigned long Setting(const char* name, unsigned long low, unsigned long high,
+                      unsigned long fallback) {
+    const char* text = std::getenv(name);
+    if (text == nullptr || *text == '\0') return fallback;
+    char* end = nullptr;
+    errno = 0;
+    const unsigned long long v = std::strtoull(text, &end, 10);
+    if (*text < '0' || *text > '9' || *end != '\0' || errno == ERANGE || v < low || v > high) {
+        std::fprintf(stderr, "stress: %s takes a whole number from %lu to %lu\n", name, low, high);
+        std::exit(2);
+    }
+    return static_cast<unsigned long>(v);
+}
+
+const int kSeconds = static_cast<int>(Setting("KXMMI_STRESS_SECONDS", 1, 86400, 6));
+const auto kSeed =
+    static_cast<uint32_t>(Setting("KXMMI_STRESS_SEED", 0, UINT32_MAX, std::random_device{}()));
+
 jobjectArray ToJava(JNIEnv* env, const std::vector<std::string>& texts) {
     jobjectArray array = env->NewObjectArray(static_cast<jsize>(texts.size()),
                                              env->FindClass("java/lang/String"), nullptr);
@@ -68,12 +94,15 @@ TEST(Stress, EveryAnswerIsProgrammedOrFailureWhileServicesDieAndReturn) {
     ProgramDistinctAnswers();
     const Oracle oracle;
     for (int i = 0; i < kMethods; ++i) ASSERT_NE(oracle.success[i], oracle.failure[i]) << i;
-    const char* setting = std::getenv("KXMMI_STRESS_SECONDS");
-    const int seconds = setting != nullptr && std::atoi(setting) > 0 ? std::atoi(setting) : 6;
-    const auto seed = static_cast<uint32_t>(std::random_device{}());
+    const int seconds = kSeconds;
+    const uint32_t seed = kSeed;
+    std::fprintf(stderr,
+                 "stress: %d s with seed %" PRIu32 " (--seed %" PRIu32 " repeats its choices)\n",
+                 seconds, seed, seed);
 
     std::atomic<bool> stop{false};
-    long kills = 0, revivals = 0;
+    std::atomic<long> kills{0};
+    long revivals = 0;
     Tally tally;
     JNIEnv* env = kxtest::Env();
     jobject counts = nullptr;
@@ -94,7 +123,20 @@ TEST(Stress, EveryAnswerIsProgrammedOrFailureWhileServicesDieAndReturn) {
             }
         });
         std::thread drainer([&] {
-            for (; !stop; std::this_thread::sleep_for(std::chrono::milliseconds(10))) tally.Drain();
+            const auto start = std::chrono::steady_clock::now();
+            for (int shown = 0; !stop; std::this_thread::sleep_for(std::chrono::milliseconds(10))) {
+                tally.Drain();
+                const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(
+                    std::chrono::steady_clock::now() - start);
+                if (elapsed.count() < shown + kProgressSeconds || elapsed.count() >= seconds) {
+                    continue;
+                }
+                shown = static_cast<int>(elapsed.count());
+                std::fprintf(stderr,
+                             "stress: %d of %d s: %ld service calls served, %ld answered with no "
+                             "service, %ld kills so far\n",
+                             shown, seconds, tally.served, tally.noService, kills.load());
+            }
         });
         counts = CallWorkload(
             "run", "(IJ[Ljava/lang/String;[Ljava/lang/String;[Ljava/lang/String;J)[J", kThreads,
@@ -119,7 +161,7 @@ TEST(Stress, EveryAnswerIsProgrammedOrFailureWhileServicesDieAndReturn) {
         "%ld cut mid-call, %ld answered with no service\n"
         "stress: %ld texts handed to Java checked, %zu not modified UTF-8\n",
         kThreads, seconds, seed, c[kCalls], c[kSuccess], c[kFailure], c[kOlder], c[kWrong],
-        c[kThrown], c[kStuckThreads], c[kLeastCalled], kills, revivals, tally.deaths,
+        c[kThrown], c[kStuckThreads], c[kLeastCalled], kills.load(), revivals, tally.deaths,
         tally.reconnects, tally.served, tally.cutMidCall, tally.noService,
         kxtest::LibraryTextsChecked(), kxtest::InvalidLibraryTexts().size());
     EXPECT_EQ(warnings.find("WARNING"), std::string::npos) << warnings;

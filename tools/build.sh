@@ -1,0 +1,73 @@
+# Builds for ./mmi and tools/run-tests, never silent: one line saying what is built and where the
+# log goes, then ninja's own step counter on stderr (one updating line on a terminal, a plain line
+# every few seconds otherwise), and the end of the log when the build fails. Source it with `root`
+# set to the checkout.
+
+# PATH as the user would type it from the folder they are in.
+shown_path() {
+    case "$1" in
+        "$PWD"/*) echo "${1#"$PWD"/}" ;;
+        *) echo "$1" ;;
+    esac
+}
+
+# Copies the build's output (stdin) to LOG and, once the build does real work (a step other than
+# ninja's check that nothing changed) or takes longer than a second, says ANNOUNCEMENT and then
+# the step it is at, on stderr. Fails when it said nothing, so the caller knows no work was done.
+build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said already)
+    local log="$1" announcement="$2" said="$3" line part="" step="configuring" last="" tty=0
+    local start=$SECONDS next=$((SECONDS + 5))
+    [ -t 2 ] && tty=1
+    exec 3>"$log"
+    while :; do
+        if IFS= read -r -t 1 line; then
+            line="$part$line" part=""
+            printf '%s\n' "$line" >&3
+            [[ $line =~ ^\[([0-9]+)/([0-9]+)\] ]] && step="step ${BASH_REMATCH[1]} of ${BASH_REMATCH[2]}"
+            [[ $line =~ Re-checking\ globbed|^ninja:\ no\ work ]] || [ $said -eq 1 ] ||
+                { echo "$announcement" >&2; said=1; }
+        elif [ $? -gt 128 ]; then
+            part="$part$line"  # a timeout keeps what it read of the line
+            [ $said -eq 1 ] || { echo "$announcement" >&2; said=1; }
+        else
+            printf '%s' "$part$line" >&3
+            break
+        fi
+        if [ $said -eq 0 ]; then
+            :
+        elif [ $tty -eq 1 ] && [ "$step $((SECONDS - start))" != "$last" ]; then
+            last="$step $((SECONDS - start))"
+            printf '\r\033[Kmmi: %s (%d s)' "$step" $((SECONDS - start)) >&2
+        elif [ $tty -eq 0 ] && [ $SECONDS -ge $next ]; then
+            next=$((SECONDS + 5))
+            printf 'mmi: %s (%d s)\n' "$step" $((SECONDS - start)) >&2
+        fi
+    done
+    exec 3>&-
+    [ $tty -eq 0 ] || [ $said -eq 0 ] || printf '\r\033[K' >&2
+    [ $said -eq 1 ]
+}
+
+# Builds TARGETs (everything when none) of PRESET, which WHAT describes, configuring it first when
+# it has no build folder yet. Says nothing when they are up to date; exits 1 when the build fails.
+build() {  # build PRESET WHAT [TARGET]...
+    local preset="$1" what="$2"
+    shift 2
+    local bdir="$root/build/$preset" log="${MMI_LOG_DIR:-$root/build}/mmi-build-$preset.log"
+    local start=$SECONDS targets=() status
+    local announcement="mmi: building $what ($preset build); log: $(shown_path "$log")"
+    [ $# -eq 0 ] || targets=(--target "$@")
+    mkdir -p "$(dirname "$log")"
+    local said=0
+    [ -f "$bdir/build.ninja" ] || { echo "$announcement" >&2; said=1; }
+    (
+        cd "$root" && { [ -f "$bdir/build.ninja" ] || cmake --preset "$preset"; } &&
+            NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" "${targets[@]}" -- -k 0
+    ) 2>&1 | build_progress "$log" "$announcement" $said && status=(0 0) || status=("${PIPESTATUS[@]}")
+    if [ "${status[0]}" -ne 0 ]; then
+        tail -n 40 "$log" >&2
+        echo "mmi: the $preset build failed; full log: $(shown_path "$log")" >&2
+        exit 1
+    fi
+    [ "${status[1]}" -ne 0 ] || echo "mmi: built in $((SECONDS - start)) s" >&2
+}
