@@ -1,6 +1,7 @@
 // The loopback transport: a reference per client lookup that hands transactions to the service's
 // generated stub, the host service manager, and the report thread.
 #include <android/hidl/manager/1.0/IServiceManager.h>
+#include <android/log.h>
 #include <hidl/HidlBinderSupport.h>
 #include <hidl/HidlTransportSupport.h>
 #include <hidl/HostTransport.h>
@@ -9,9 +10,11 @@
 #include <hwbinder/ProcessState.h>
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -53,10 +56,13 @@ ConcurrentMap<ServiceKey, bool>* const gServiceSidMap = new ConcurrentMap<Servic
 
 namespace {
 
+void endLookupWaits();
+
 // A single thread delivers every death and registration report, in the order they were posted.
 class TransportThread {
   public:
     ~TransportThread() {
+        endLookupWaits();  // a report waiting for a service that never comes must not stall exit
         {
             std::lock_guard<std::mutex> lock(mLock);
             mStop = true;
@@ -202,6 +208,7 @@ class LoopbackBinder : public IBinder {
         if (stub == nullptr) return DEAD_OBJECT;
         TransactionScope scope(mNode->descriptor(), code);
         status_t err = stub->transact(code, data, reply, flags, [](Parcel&) {});
+        scope.runDeferred();
         // The reply of a failed call never reaches the client.
         if (scope.failed()) return DEAD_OBJECT;
         if (scope.withheld()) reply->withholdValues();
@@ -237,6 +244,12 @@ struct Registry {
     std::mutex lock;
     std::vector<Registration> registrations;
     std::vector<Listener> listeners;
+    // What the device's manifest declares, as descriptor and instance name: lookups of these wait
+    // for a registration.
+    std::set<std::pair<std::string, std::string>> declared;
+    std::condition_variable changed;  // a registration, a declaration withdrawn, or exit
+    bool exiting = false;
+    std::function<void(const std::string&, const std::string&)> lookupHook;
 };
 
 Registry& registry() {
@@ -251,15 +264,57 @@ void notify(const sp<IServiceNotification>& listener, const std::string& descrip
     });
 }
 
-sp<ServiceNode> findNode(const std::string& descriptor, const std::string& name) {
-    Registry& r = registry();
-    std::lock_guard<std::mutex> lock(r.lock);
+sp<ServiceNode> findNodeLocked(const Registry& r, const std::string& descriptor,
+                               const std::string& name) {
     for (const Registration& reg : r.registrations) {
         if (reg.descriptor == descriptor && reg.name == name && reg.node->service() != nullptr) {
             return reg.node;
         }
     }
     return nullptr;
+}
+
+sp<ServiceNode> findNode(const std::string& descriptor, const std::string& name) {
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.lock);
+    return findNodeLocked(r, descriptor, name);
+}
+
+void endLookupWaits() {
+    Registry& r = registry();
+    {
+        std::lock_guard<std::mutex> lock(r.lock);
+        r.exiting = true;
+    }
+    r.changed.notify_all();
+}
+
+// The lookup as the device's runtime makes it: a registered service at once; a declared one that
+// is not registered yet after waiting for its registration, in rounds of one second with the
+// runtime's warning after each; an undeclared one never.
+sp<ServiceNode> waitForNode(const std::string& descriptor, const std::string& name) {
+    Registry& r = registry();
+    std::function<void(const std::string&, const std::string&)> hook;
+    {
+        std::lock_guard<std::mutex> lock(r.lock);
+        hook = r.lookupHook;
+    }
+    if (hook) hook(descriptor, name);
+    const std::pair<std::string, std::string> key(descriptor, name);
+    for (;;) {
+        {
+            std::unique_lock<std::mutex> lock(r.lock);
+            sp<ServiceNode> node;
+            auto settled = [&] {
+                node = findNodeLocked(r, descriptor, name);
+                return node != nullptr || r.exiting || r.declared.count(key) == 0;
+            };
+            if (r.changed.wait_for(lock, std::chrono::seconds(1), settled)) return node;
+        }
+        // Logged outside the lock: a log reader may register services.
+        __android_log_print(ANDROID_LOG_WARN, "HidlServiceManagement",
+                            "Waited one second for %s/%s", descriptor.c_str(), name.c_str());
+    }
 }
 
 bool addListener(const std::string& descriptor, const std::string& name,
@@ -301,15 +356,40 @@ thread_local int tState = kServing;
 
 }  // namespace
 
+thread_local TransactionScope* tScope = nullptr;
+
 TransactionScope::TransactionScope(const char* descriptor, uint32_t position)
-    : mTransaction{descriptor, position}, mOuter(tCurrent), mOuterState(tState) {
+    : mTransaction{descriptor, position},
+      mOuter(tCurrent),
+      mOuterState(tState),
+      mOuterScope(tScope) {
     tCurrent = &mTransaction;
     tState = kServing;
+    tScope = this;
 }
 
 TransactionScope::~TransactionScope() {
     tCurrent = mOuter;
     tState = mOuterState;
+    tScope = mOuterScope;
+}
+
+void TransactionScope::runDeferred() {
+    std::function<void()> fn = std::move(mDeferred);
+    mDeferred = nullptr;
+    if (fn) fn();
+}
+
+void afterCurrentTransaction(std::function<void()> fn) {
+    if (tScope == nullptr) {
+        fn();
+        return;
+    }
+    std::function<void()> earlier = std::move(tScope->mDeferred);
+    tScope->mDeferred = [earlier, fn] {
+        if (earlier) earlier();
+        fn();
+    };
 }
 
 bool TransactionScope::failed() const { return tState == kFailed; }
@@ -342,7 +422,7 @@ Return<bool> canCastInterface(IBase* interface, const char* castTo, bool emitErr
 }
 
 sp<IBinder> getServiceBinder(const std::string& descriptor, const std::string& name) {
-    sp<ServiceNode> node = findNode(descriptor, name);
+    sp<ServiceNode> node = waitForNode(descriptor, name);
     if (node == nullptr) return nullptr;
     return new LoopbackBinder(node);
 }
@@ -385,6 +465,7 @@ status_t registerAsServiceInternal(const sp<IBase>& service, const std::string& 
             }
         }
     }
+    r.changed.notify_all();
     return OK;
 }
 
@@ -410,15 +491,36 @@ void killService(const sp<IBase>& service) {
 void resetServiceManager() {
     std::vector<sp<ServiceNode>> nodes;
     std::vector<Listener> listeners;
+    Registry& r = registry();
     {
-        Registry& r = registry();
         std::lock_guard<std::mutex> lock(r.lock);
         for (const Registration& reg : r.registrations) nodes.push_back(reg.node);
         r.registrations.clear();
+        r.declared.clear();
         listeners.swap(r.listeners);
     }
+    r.changed.notify_all();
     for (const sp<ServiceNode>& node : nodes) node->die();
     waitForTransportIdle();
+}
+
+void declareService(const std::string& descriptor, const std::string& name, bool declared) {
+    Registry& r = registry();
+    {
+        std::lock_guard<std::mutex> lock(r.lock);
+        if (declared) {
+            r.declared.emplace(descriptor, name);
+        } else {
+            r.declared.erase({descriptor, name});
+        }
+    }
+    r.changed.notify_all();
+}
+
+void setLookupHook(std::function<void(const std::string&, const std::string&)> hook) {
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.lock);
+    r.lookupHook = std::move(hook);
 }
 
 size_t deathLinkCount(const std::string& descriptor, const std::string& name) {

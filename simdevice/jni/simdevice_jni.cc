@@ -157,6 +157,31 @@ JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_setAbsent(JNI
     }
 }
 
+JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_setStartDelay(JNIEnv* env,
+                                                                                 jclass,
+                                                                                 jstring service,
+                                                                                 jlong ms) {
+    std::optional<Service> s = ServiceArg(env, service);
+    if (!s) return;
+    if (ms < 0) {
+        Throw(env, "java/lang/IllegalArgumentException",
+              "start delay " + std::to_string(ms) + " ms is negative");
+        return;
+    }
+    if (!Device().SetStartDelay(*s, ms)) {
+        Throw(env, "java/lang/IllegalStateException", "setStartDelay must come before start()");
+    }
+}
+
+JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_setRestartDelay(JNIEnv*, jclass,
+                                                                                   jlong ms) {
+    Device().SetRestartDelay(ms < 0 ? -1 : ms);
+}
+
+JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_waitRestarts(JNIEnv*, jclass) {
+    Device().WaitRestarts();
+}
+
 JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_setOnlyV10(JNIEnv* env, jclass,
                                                                               jstring service,
                                                                               jboolean only) {

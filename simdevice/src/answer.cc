@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::string_view kNoCallback = "nocallback";
 constexpr std::string_view kTransportError = "transport-error";
+constexpr std::string_view kCrash = "crash";
 constexpr std::string_view kBytes = "bytes:";
 
 bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
@@ -55,11 +56,12 @@ class Parser {
         std::string_view trimmed = Trimmed();
         if (trimmed.empty()) {
             return Fail(error, "empty answer; expected values separated by commas, " +
-                                   std::string(kNoCallback) + " or " +
-                                   std::string(kTransportError));
+                                   std::string(kNoCallback) + ", " + std::string(kTransportError) +
+                                   " or " + std::string(kCrash));
         }
         if (trimmed == kNoCallback) return Answer::NoCallback();
         if (trimmed == kTransportError) return Answer::TransportError();
+        if (trimmed == kCrash) return Answer::Crash();
         std::vector<Answer::Value> values;
         for (;;) {
             SkipSpace();
@@ -128,7 +130,8 @@ class Parser {
         }
         std::string found = Found();
         if (found == "'" + std::string(kNoCallback) + "'" ||
-            found == "'" + std::string(kTransportError) + "'") {
+            found == "'" + std::string(kTransportError) + "'" ||
+            found == "'" + std::string(kCrash) + "'") {
             return Error(found + " must be the whole answer");
         }
         return Error(
@@ -385,6 +388,7 @@ Answer Answer::Values(std::vector<Value> values) {
 }
 Answer Answer::NoCallback() { return Answer(Kind::kNoCallback, {}); }
 Answer Answer::TransportError() { return Answer(Kind::kTransportError, {}); }
+Answer Answer::Crash() { return Answer(Kind::kCrash, {}); }
 
 std::string Answer::ToString() const {
     switch (kind_) {
@@ -392,6 +396,8 @@ std::string Answer::ToString() const {
             return std::string(kNoCallback);
         case Kind::kTransportError:
             return std::string(kTransportError);
+        case Kind::kCrash:
+            return std::string(kCrash);
         case Kind::kValues:
             break;
     }
@@ -447,6 +453,7 @@ std::optional<Answer> FitAnswer(const OperationInfo& info, const Answer& answer,
     };
     switch (answer.kind()) {
         case Answer::Kind::kTransportError:
+        case Answer::Kind::kCrash:
             return answer;
         case Answer::Kind::kNoCallback:
             if (info.callback) return answer;

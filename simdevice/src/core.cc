@@ -161,6 +161,16 @@ std::optional<Answer> Core::CurrentAnswer(Service service, std::string_view oper
     return DefaultAnswer(*info);
 }
 
+void Core::SetCrashHandler(std::function<void(Service)> handler) {
+    std::lock_guard<std::mutex> lock(crash_lock_);
+    crash_handler_ = std::move(handler);
+}
+
+void Core::Crash(Service service) {
+    std::lock_guard<std::mutex> lock(crash_lock_);
+    if (crash_handler_) crash_handler_(service);
+}
+
 void Core::ResetAnswers() {
     std::lock_guard<std::mutex> lock(lock_);
     programmed_.clear();

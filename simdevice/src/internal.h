@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -61,9 +62,16 @@ class Core {
     std::optional<FmdMsg> LastFmdMsg() const;
     std::optional<FmdOperation> LastFmdOperation() const;
 
+    // What a crash in the middle of a call does to the device; none: nothing beyond the failed
+    // call. Clearing it waits for a crash under way to finish.
+    void SetCrashHandler(std::function<void(Service)> handler);
+    void Crash(Service service);
+
     static constexpr size_t kMaxCalls = 65536;
 
   private:
+    std::mutex crash_lock_;
+    std::function<void(Service)> crash_handler_;
     mutable std::mutex lock_;
     std::map<const OperationInfo*, Answer> programmed_;
     std::deque<Call> calls_;

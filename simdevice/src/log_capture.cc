@@ -39,6 +39,10 @@ void Capture(const __android_logger_data* data, const char* message) {
     std::string line;
     line += PriorityLetter(data != nullptr ? data->priority : ANDROID_LOG_VERBOSE);
     line += ' ';
+    if (data != nullptr && data->tag != nullptr && data->tag[0] != '\0') {
+        line += data->tag;
+        line += ": ";
+    }
     line += message != nullptr ? message : "";
     Captured& c = captured();
     std::lock_guard<std::mutex> lock(c.lock);
@@ -51,6 +55,7 @@ void Capture(const __android_logger_data* data, const char* message) {
 void CaptureLogs() {
     __android_log_set_logger(Capture);
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+    __android_log_set_default_tag("");  // the library's lines have none; the platform's do
 }
 
 std::vector<std::string> TakeLogs() {

@@ -65,6 +65,7 @@ class Dispatcher {
         // Value operations are never programmed with nocallback; what is not a value fails.
         if (answer.kind() != Answer::Kind::kValues) {
             ::android::hardware::details::failCurrentTransaction();
+            if (answer.kind() == Answer::Kind::kCrash) core_->Crash(service_);
             return T{};
         }
         return From<T>(answer.values()[0]);
@@ -77,6 +78,10 @@ class Dispatcher {
         switch (answer.kind()) {
             case Answer::Kind::kTransportError:
                 ::android::hardware::details::failCurrentTransaction();
+                return Unanswered(cb);
+            case Answer::Kind::kCrash:
+                ::android::hardware::details::failCurrentTransaction();
+                core_->Crash(service_);
                 return Unanswered(cb);
             case Answer::Kind::kNoCallback:
                 ::android::hardware::details::withholdCurrentCallback();

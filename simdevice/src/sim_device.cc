@@ -2,6 +2,11 @@
 #include <hidl/HidlTransportSupport.h>
 #include <hidl/HostTransport.h>
 
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <thread>
+
 #include "internal.h"
 
 namespace simdevice {
@@ -47,22 +52,113 @@ struct SimDevice::Slot {
     internal::ServiceObject object;
     bool absent = false;
     bool only_v10 = false;
+    int64_t start_delay_ms = 0;
+    bool declared = false;
     bool registered = false;
     bool registered_only_v10 = false;  // how the current registration was made
 };
 
-SimDevice::SimDevice() : core_(std::make_shared<internal::Core>()) {
+// Registrations still to come, made by one thread of the device's own when they are due.
+struct SimDevice::Schedule {
+    std::mutex lock;
+    std::condition_variable changed;
+    std::multimap<std::chrono::steady_clock::time_point, Service> due;
+    int registering = 0;  // taken from due, not yet made
+    bool stopping = false;
+    int64_t restart_delay_ms = kDefaultRestartDelayMs;
+    std::thread thread;
+};
+
+SimDevice::SimDevice() : core_(std::make_shared<internal::Core>()), schedule_(new Schedule()) {
     for (Service s : kAllServices) {
         auto slot = std::make_unique<Slot>();
         slot->service = s;
         slot->object = internal::CreateService(s, core_);
         slots_.push_back(std::move(slot));
     }
+    core_->SetCrashHandler([this](Service s) { Crash(s); });
 }
 
 SimDevice::~SimDevice() {
+    core_->SetCrashHandler(nullptr);
+    {
+        std::lock_guard<std::mutex> lock(schedule_->lock);
+        schedule_->stopping = true;
+    }
+    schedule_->changed.notify_all();
+    if (schedule_->thread.joinable()) schedule_->thread.join();
     std::lock_guard<std::mutex> lock(lifecycle_);
-    for (auto& slot : slots_) KillLocked(*slot);
+    for (auto& slot : slots_) {
+        KillLocked(*slot);
+        DeclareLocked(*slot, false);  // lookups waiting for this device's services give up
+    }
+}
+
+void SimDevice::DeclareLocked(Slot& slot, bool declared) {
+    if (slot.declared == declared) return;
+    slot.declared = declared;
+    // The manifest names the service's newest version; lookups of every version it extends wait.
+    std::vector<std::string> chain;
+    slot.object.object
+        ->interfaceChain(
+            [&](const ::android::hardware::hidl_vec<::android::hardware::hidl_string>& c) {
+                chain.assign(c.begin(), c.end());
+            })
+        .isOk();
+    for (const std::string& descriptor : chain) {
+        ::android::hardware::details::declareService(descriptor, InstanceName(slot.service),
+                                                     declared);
+    }
+}
+
+void SimDevice::RegisterLater(Service service, int64_t ms) {
+    Schedule& s = *schedule_;
+    {
+        std::lock_guard<std::mutex> lock(s.lock);
+        if (s.stopping) return;
+        s.due.emplace(std::chrono::steady_clock::now() + std::chrono::milliseconds(ms), service);
+        if (!s.thread.joinable()) {
+            s.thread = std::thread([this, &s] {
+                std::unique_lock<std::mutex> lock(s.lock);
+                while (!s.stopping) {
+                    if (s.due.empty()) {
+                        s.changed.wait(lock);
+                        continue;
+                    }
+                    auto next = s.due.begin();
+                    if (next->first > std::chrono::steady_clock::now()) {
+                        s.changed.wait_until(lock, next->first);
+                        continue;  // due now, or the schedule changed: look again
+                    }
+                    Service due = next->second;
+                    s.due.erase(next);
+                    ++s.registering;
+                    lock.unlock();
+                    Revive(due);
+                    lock.lock();
+                    --s.registering;
+                    s.changed.notify_all();
+                }
+            });
+        }
+    }
+    s.changed.notify_all();
+}
+
+void SimDevice::Crash(Service service) {
+    // The service goes down once its failed call has left it, as a process that aborts after the
+    // call.
+    ::android::hardware::details::afterCurrentTransaction([this, service] { CrashNow(service); });
+}
+
+void SimDevice::CrashNow(Service service) {
+    Kill(service);
+    int64_t delay;
+    {
+        std::lock_guard<std::mutex> lock(schedule_->lock);
+        delay = schedule_->restart_delay_ms;
+    }
+    if (delay >= 0) RegisterLater(service, delay);
 }
 
 bool SimDevice::RegisterLocked(Slot& slot) {
@@ -91,6 +187,27 @@ bool SimDevice::SetAbsent(Service service, bool absent) {
     return true;
 }
 
+bool SimDevice::SetStartDelay(Service service, int64_t ms) {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    if (started_) return false;
+    slots_[static_cast<size_t>(service)]->start_delay_ms = ms;
+    return true;
+}
+
+void SimDevice::SetRestartDelay(int64_t ms) {
+    std::lock_guard<std::mutex> lock(schedule_->lock);
+    schedule_->restart_delay_ms = ms;
+}
+
+void SimDevice::WaitRestarts() {
+    {
+        Schedule& s = *schedule_;
+        std::unique_lock<std::mutex> lock(s.lock);
+        s.changed.wait(lock, [&] { return s.stopping || (s.due.empty() && s.registering == 0); });
+    }
+    WaitIdle();
+}
+
 bool SimDevice::SetOnlyV10(Service service, bool only) {
     if (!HasMinorUpdate(service)) return false;
     std::lock_guard<std::mutex> lock(lifecycle_);
@@ -103,7 +220,13 @@ void SimDevice::Start() {
     if (started_) return;
     started_ = true;
     for (auto& slot : slots_) {
-        if (!slot->absent) RegisterLocked(*slot);
+        if (slot->absent) continue;
+        DeclareLocked(*slot, true);
+        if (slot->start_delay_ms > 0) {
+            RegisterLater(slot->service, slot->start_delay_ms);
+        } else {
+            RegisterLocked(*slot);
+        }
     }
 }
 
@@ -161,11 +284,19 @@ SimDevice::LastFmdOperation() const {
 }
 
 void SimDevice::Reset() {
+    {
+        std::lock_guard<std::mutex> lock(schedule_->lock);
+        schedule_->due.clear();
+        schedule_->restart_delay_ms = kDefaultRestartDelayMs;
+    }
+    schedule_->changed.notify_all();
     std::lock_guard<std::mutex> lock(lifecycle_);
     started_ = true;
     for (auto& slot : slots_) {
         slot->absent = false;
         slot->only_v10 = false;
+        slot->start_delay_ms = 0;
+        DeclareLocked(*slot, true);
         if (slot->registered && slot->registered_only_v10) KillLocked(*slot);
         RegisterLocked(*slot);
     }

@@ -1,7 +1,10 @@
 // Library load, unload and the service registry's reaction to deaths and registrations.
 #include <gtest/gtest.h>
+#include <hidl/HostTransport.h>
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
 #include <map>
 #include <set>
 #include <tuple>
@@ -127,6 +130,44 @@ TEST_F(Registry, UnloadReleasesTheHandlesAndKeepsWatching) {
     EXPECT_NE(PowerState(), "");
 }
 
+// A registration report's reconnect pass meets a declared service that is still dead: it waits for
+// it on the transport thread, and meanwhile natives on Java threads answer at once from the handles
+// the pass has already connected or left empty. The service's return ends the wait.
+TEST_F(Registry, ReconnectPassWaitsForADeadDeclaredServiceWhileNativesAnswer) {
+    ASSERT_TRUE(kxtest::Device().Kill(Service::kPower));
+    kxtest::WaitIdle();
+    std::mutex lock;
+    std::condition_variable reached;
+    bool waiting = false;
+    android::hardware::details::setLookupHook(
+        [&](const std::string& descriptor, const std::string&) {
+            if (descriptor != kxmmi::IKXPower::descriptor) return;
+            std::lock_guard<std::mutex> guard(lock);
+            waiting = true;
+            reached.notify_all();
+        });
+    kxtest::Device().Kill(Service::kLight);
+    kxtest::Device().Revive(Service::kLight);  // its report starts the reconnect pass
+    {
+        std::unique_lock<std::mutex> guard(lock);
+        ASSERT_TRUE(reached.wait_for(guard, std::chrono::seconds(10), [&] { return waiting; }));
+    }
+    android::hardware::details::setLookupHook(nullptr);
+    EXPECT_NE(kxtest::CallString("getBsnNative", "()Ljava/lang/String;").value_or(""), "");
+    EXPECT_EQ(PowerState(), "");
+    ASSERT_TRUE(kxtest::Device().Revive(Service::kPower));
+    kxtest::WaitIdle();
+    EXPECT_NE(PowerState(), "");
+    std::vector<LogLine> lines = kxtest::TakeLogs();
+    auto at = [&](const LogLine& l) {
+        return std::find(lines.begin(), lines.end(), l) - lines.begin();
+    };
+    // The light's pass goes on to connect power itself, before power's own report reconnects.
+    EXPECT_LT(at(kConnectLines[5]), at({W,
+                                        "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware."
+                                        "power@1.0::IKXPower, name:default, isPreexisting:0"}));
+}
+
 template <kxmmi::Service S>
 sp<IBase> ProxyOf() {
     return kxmmi::Handle<S>();
@@ -170,6 +211,8 @@ TEST_F(Registry, EachRowLinksWithItsCookieAndReleaseUnlinksEveryHandle) {
         ASSERT_TRUE(kxtest::Device().Kill(s));
         kxtest::WaitIdle();
         EXPECT_EQ(kxtest::TakeLogs(), std::vector<LogLine>{}) << "a death after the release";
+        kxtest::Device().Revive(s);  // a declared service left dead would hold up the next pass
+        kxtest::WaitIdle();
     }
 }
 

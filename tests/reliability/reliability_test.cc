@@ -55,13 +55,15 @@ struct Reached {
     }
 };
 
-// Per native: a transport failure in the middle of the call, and no callback where the operation
-// calls back, give the failure value (or the callback's presets) and the next call works again.
+// Per native: a transport failure in the middle of the call, a crash of the service in the middle
+// of the call, and no callback where the operation calls back, give the failure value (or the
+// callback's presets) and the next call works again (after the crashed service's restart).
 // A null String or array gives one error line and the failure value without reaching the service;
 // a null model object is still sent. Hostile texts (also inside the model objects) and
 // arrays of a million elements reach the service whole.
 TEST(Faults, EveryNativeAgainstFailingServicesAndBadArguments) {
     HealthyDevice();
+    kxtest::Device().SetRestartDelay(10);  // 52 crashes, each with its restart
     std::string zeros = "[0";
     for (int i = 1; i < 64; ++i) zeros += ", 0";
     // Callback presets that are not the failure values.
@@ -90,10 +92,32 @@ TEST(Faults, EveryNativeAgainstFailingServicesAndBadArguments) {
         Reached r(i);
         EXPECT_EQ(r.answer, o.failure[i]);
         EXPECT_EQ(r.calls.size(), 1u) << "the failure must come from the middle of the call";
-        EXPECT_EQ(r.errors,
-                  std::vector<std::string>{Tagged(
-                      o.function[i] + " fail, transport error: Status(EX_TRANSACTION_FAILED): "
-                                      "'DEAD_OBJECT'")});
+        const std::string transportLine =
+            o.function[i] +
+            " fail, transport error: Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '";
+        EXPECT_EQ(r.errors, std::vector<std::string>{Tagged(transportLine)});
+        // A crash: the same failure, then the death report releases every handle, and the
+        // service's restart connects them again.
+        ASSERT_TRUE(program("crash"));
+        Reconnect();
+        EXPECT_EQ(CallNative(i), o.failure[i]);
+        kxtest::WaitIdle();
+        kxtest::Device().ResetAnswers();
+        std::vector<kxtest::LogLine> lines = kxtest::TakeLogs();
+        EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                                [](const kxtest::LogLine& l) { return l.priority == kxtest::E; }),
+                  1);
+        EXPECT_NE(std::find(lines.begin(), lines.end(), kxtest::Line(kxtest::E, transportLine)),
+                  lines.end());
+        const std::string died =
+            "ProcessServiceDied, cookie is:" + std::to_string(static_cast<int>(call.service) + 1);
+        auto death = std::find(lines.begin(), lines.end(), kxtest::Line(kxtest::W, died));
+        ASSERT_NE(death, lines.end());
+        EXPECT_NE(std::find(death, lines.end(), kxtest::Line(kxtest::D, "ExitMmiNativeManager")),
+                  lines.end());
+        kxtest::Device().WaitRestarts();
+        EXPECT_TRUE(kxtest::Device().IsRegistered(call.service));
+        EXPECT_EQ(CallNative(i), healthy.answer) << "after the restart";
         if (simdevice::SimDevice::FindOperation(call.service, call.operation)->callback) {
             ++callbacks;
             ASSERT_TRUE(program("nocallback"));

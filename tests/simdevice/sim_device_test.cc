@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 #include <hidl/HostTransport.h>
 #include <simdevice/sim_device.h>
+#include <vendor/tavrin/hardware/light/2.0/ILight.h>
 #include <vendor/tavrin/hardware/power/1.0/IKXPower.h>
 #include <vendor/tavrin/hardware/sensors/1.1/ISensors.h>
 
+#include <chrono>
+#include <future>
 #include <string>
 
 namespace simdevice {
@@ -139,7 +142,6 @@ TEST(SimDevice, DeadServiceRecordsNothingAndResetRenewsOnlyV10) {
     ::android::hardware::Return<int32_t> dead = sensors->getSensorCalibrateResult(1);
     EXPECT_FALSE(dead.isOk());
     EXPECT_TRUE(dead.isDeadObject());
-    EXPECT_EQ(Sensors10::getService("default"), nullptr);
     EXPECT_TRUE(device.TakeCalls().empty());
     EXPECT_TRUE(device.Revive(Service::kSensors));
     EXPECT_FALSE(device.Revive(Service::kSensors));
@@ -148,6 +150,78 @@ TEST(SimDevice, DeadServiceRecordsNothingAndResetRenewsOnlyV10) {
     device.Reset();
     EXPECT_FALSE(sensors->getSensorCalibrateDelayTime(2).isOk());  // killed and registered again
     EXPECT_NE(V11(Sensors10::getService("default")), nullptr);
+    SimDevice::WaitIdle();
+}
+
+using Clock = std::chrono::steady_clock;
+
+// Whether a call failed with a dead transport; checks the result, as a caller must.
+template <typename R>
+bool Dead(const R& result) {
+    return !result.isOk() && result.isDeadObject();
+}
+
+long MsSince(Clock::time_point start) {
+    return static_cast<long>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+}
+
+// A lookup of an undeclared service answers at once; one of a declared service that is late or
+// down waits, and ends the moment the service registers, however long the wait has run.
+TEST(SimDevice, LookupsWaitForDeclaredServicesUntilTheyRegister) {
+    ::android::hardware::details::resetServiceManager();
+    SimDevice device;
+    ASSERT_TRUE(device.SetAbsent(Service::kLight, true));
+    ASSERT_TRUE(device.SetStartDelay(Service::kPower, 300));
+    Clock::time_point start = Clock::now();
+    device.Start();
+    EXPECT_FALSE(device.SetStartDelay(Service::kSensors, 1));
+    EXPECT_EQ(::vendor::tavrin::hardware::light::V2_0::ILight::getService("default"), nullptr);
+    EXPECT_LT(MsSince(start), 250) << "an undeclared service was waited for";
+    EXPECT_NE(Power::getService("default"), nullptr);
+    EXPECT_GE(MsSince(start), 300);
+
+    ASSERT_TRUE(device.Kill(Service::kSensors));
+    auto lookup = std::async(std::launch::async, [] { return Sensors10::getService("default"); });
+    EXPECT_EQ(lookup.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+    start = Clock::now();
+    ASSERT_TRUE(device.Revive(Service::kSensors));
+    EXPECT_NE(lookup.get(), nullptr);
+    EXPECT_LT(MsSince(start), 200) << "the wait outlasted the registration";
+    SimDevice::WaitIdle();
+}
+
+// A crash fails the call with a dead transport and kills the service, which registers again after
+// the restart delay; with a negative delay it stays down.
+TEST(SimDevice, CrashKillsTheServiceAndItRestartsAfterTheDelay) {
+    ::android::hardware::details::resetServiceManager();
+    SimDevice device;
+    device.Start();
+    device.SetRestartDelay(200);
+    sp<Power> power = Power::getService("default");
+    ASSERT_TRUE(device.Program(Service::kPower, "getPowerState", "crash", nullptr));
+    ASSERT_TRUE(device.Program(Service::kPower, "setPowerState", " crash ", nullptr));
+    EXPECT_EQ(device.CurrentAnswer(Service::kPower, "setPowerState")->ToString(), "crash");
+    int callbacks = 0;
+    Clock::time_point start = Clock::now();
+    ::android::hardware::Return<void> crashed =
+        power->getPowerState("q", [&](auto&&...) { ++callbacks; });
+    EXPECT_TRUE(Dead(crashed));
+    EXPECT_EQ(crashed.description(), "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '");
+    EXPECT_EQ(callbacks, 0);
+    EXPECT_FALSE(device.IsRegistered(Service::kPower));
+    EXPECT_TRUE(Dead(power->setPowerState("s", "p"))) << "the old proxy stays dead";
+    device.WaitRestarts();
+    EXPECT_GE(MsSince(start), 200);
+    EXPECT_TRUE(device.IsRegistered(Service::kPower));
+    device.SetRestartDelay(-1);
+    power = Power::getService("default");
+    EXPECT_TRUE(Dead(power->setPowerState("s", "p"))) << "the crash answer stays";
+    EXPECT_EQ(device.TakeCalls().size(), 2u);  // the dead proxy's call never arrived
+    device.WaitRestarts();                     // nothing to wait for: it stays down
+    EXPECT_FALSE(device.IsRegistered(Service::kPower));
+    device.SetRestartDelay(0);
+    ASSERT_TRUE(device.Revive(Service::kPower));
     SimDevice::WaitIdle();
 }
 

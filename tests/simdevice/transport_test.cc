@@ -286,5 +286,45 @@ TEST(Transport, DroppedReferencesTakeTheirDeathLinksWithThem) {
     EXPECT_EQ(reported, expected);
 }
 
+// The stand-in types are no kinder than a device's: new vector integers hold nothing to rely on,
+// and a text handed over as external must end with its zero byte.
+TEST(Types, NewVectorIntegersArePoisonedAndExternalTextsNeedTheirZeroByte) {
+    constexpr uint32_t kPoison = 0xA5A5A5A5u;
+    hidl_vec<int32_t> v(3);
+    for (int32_t x : v) EXPECT_EQ(static_cast<uint32_t>(x), kPoison);
+    v[0] = 7;
+    v.resize(5);
+    EXPECT_EQ(v[0], 7);
+    EXPECT_EQ(static_cast<uint32_t>(v[4]), kPoison);
+
+    const std::string text = "abc";
+    hidl_string external;
+    external.setToExternal(text.data(), text.size());
+    EXPECT_EQ(std::string(external), "abc");
+    // Forked, not re-executed: under qemu the binary cannot exec itself.
+    GTEST_FLAG_SET(death_test_style, "fast");
+    EXPECT_DEATH(external.setToExternal(text.data(), 2), "without a zero byte");
+}
+
+TEST(Types, StatusDescribesItselfAsTheDeviceRuntimeDoes) {
+    using ::android::hardware::Status;
+    const std::pair<Status, std::string> cases[] = {
+        {Status::ok(), "No error"},
+        {Status::fromStatusT(::android::DEAD_OBJECT),
+         "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '"},
+        {Status::fromStatusT(::android::UNKNOWN_ERROR),
+         "Status(EX_TRANSACTION_FAILED): 'UNKNOWN_ERROR: '"},
+        {Status::fromExceptionCode(Status::EX_TRANSACTION_FAILED, "why"),
+         "Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: why'"},
+        {Status::fromStatusT(-1234), "Status(EX_TRANSACTION_FAILED): '-1234: '"},
+        {Status::fromExceptionCode(Status::EX_SECURITY, "denied"), "Status(EX_SECURITY): 'denied'"},
+        {Status::fromExceptionCode(Status::EX_ILLEGAL_ARGUMENT), "Status(EX_ILLEGAL_ARGUMENT): ''"},
+        {Status::fromExceptionCode(Status::EX_HAS_REPLY_HEADER, "h"),
+         "Status(EX_HAS_REPLY_HEADER): 'h'"},
+        {Status::fromExceptionCode(-42, "odd"), "Status(-42): 'odd'"},
+    };
+    for (const auto& [status, text] : cases) EXPECT_EQ(status.description(), text);
+}
+
 }  // namespace
 }  // namespace simdevice

@@ -22,7 +22,7 @@ std::vector<LogLine>* g_logs = new std::vector<LogLine>();  // lines may arrive 
 std::function<void(const LogLine&)>* g_logHook = new std::function<void(const LogLine&)>();
 
 void CaptureLine(const struct __android_logger_data* data, const char* message) {
-    LogLine line{data->priority, message};
+    LogLine line{data->priority, message, data->tag != nullptr ? data->tag : ""};
     std::function<void(const LogLine&)> hook;
     {
         std::lock_guard<std::mutex> lock(g_logLock);
@@ -105,7 +105,7 @@ void NoException(const char* what) {
 }
 
 std::ostream& operator<<(std::ostream& os, const LogLine& line) {
-    return os << line.priority << " " << line.text;
+    return os << line.priority << " " << (line.tag.empty() ? "" : line.tag + ": ") << line.text;
 }
 
 std::vector<LogLine> TakeLogs() {
@@ -126,6 +126,7 @@ JavaVM* Vm() {
     std::call_once(once, [] {
         __android_log_set_logger(CaptureLine);
         __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+        __android_log_set_default_tag("");  // the library's lines have none; the platform's do
         g_vm = CreateVm();
     });
     return g_vm;

@@ -12,6 +12,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "text_agent.h"
@@ -19,9 +20,14 @@
 namespace kxtest {
 
 struct LogLine {
+    LogLine(int p, std::string t, std::string g = "")
+        : priority(p), text(std::move(t)), tag(std::move(g)) {}
     int priority;  // 3 debug, 4 info, 5 warning, 6 error
     std::string text;
-    bool operator==(const LogLine& o) const { return priority == o.priority && text == o.text; }
+    std::string tag;  // empty for the library's own lines
+    bool operator==(const LogLine& o) const {
+        return priority == o.priority && text == o.text && tag == o.tag;
+    }
 };
 std::ostream& operator<<(std::ostream& os, const LogLine& line);
 

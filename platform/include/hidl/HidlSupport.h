@@ -13,6 +13,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
@@ -86,8 +87,15 @@ struct hidl_string {
         mSize = 0;
         mOwnsBuffer = false;
     }
-    // Refers to characters owned elsewhere; they must outlive this text.
+    // Refers to characters owned elsewhere; they must outlive this text. As on a device, they must
+    // end with a zero byte: the transport hands the buffer to the other side as a C string.
     void setToExternal(const char* data, size_t size) {
+        if (size > UINT32_MAX || data == nullptr || data[size] != '\0') {
+            std::fprintf(stderr,
+                         "hidl_string::setToExternal: text of %zu bytes without a zero byte\n",
+                         size);
+            std::abort();
+        }
         clear();
         mBuffer = data;
         mSize = static_cast<uint32_t>(size);
@@ -161,16 +169,76 @@ struct hidl_vec {
     const T* data() const { return mBuffer.get(); }
     T& operator[](size_t i) { return mBuffer.get()[i]; }
     const T& operator[](size_t i) const { return mBuffer.get()[i]; }
-    T* begin() { return data(); }
-    T* end() { return data() + mSize; }
-    const T* begin() const { return data(); }
-    const T* end() const { return data() + mSize; }
-    operator std::vector<T>() const { return std::vector<T>(begin(), end()); }  // NOLINT
+    // The device's iterators derive from std::iterator, which current toolchains mark deprecated:
+    // under clang, the device's compiler, code that iterates a hidl_vec warns there and so here.
+    // GCC warns at the definition itself, used or not, so the host's GCC build is spared.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+#endif
+    template <bool kConst>
+    class iter : public std::iterator<std::random_access_iterator_tag, T, std::ptrdiff_t,
+                                      std::conditional_t<kConst, const T*, T*>,
+                                      std::conditional_t<kConst, const T&, T&>> {
+        using Ptr = std::conditional_t<kConst, const T*, T*>;
+        using Ref = std::conditional_t<kConst, const T&, T&>;
 
-    // New elements are value-initialised (zero for integers); kept elements keep their values.
+      public:
+        iter(Ptr p) : mPtr(p) {}  // NOLINT
+        Ref operator*() const { return *mPtr; }
+        Ptr operator->() const { return mPtr; }
+        Ref operator[](std::ptrdiff_t n) const { return mPtr[n]; }
+        iter& operator++() {
+            ++mPtr;
+            return *this;
+        }
+        iter operator++(int) { return iter(mPtr++); }
+        iter& operator--() {
+            --mPtr;
+            return *this;
+        }
+        iter operator--(int) { return iter(mPtr--); }
+        iter& operator+=(std::ptrdiff_t n) {
+            mPtr += n;
+            return *this;
+        }
+        iter& operator-=(std::ptrdiff_t n) {
+            mPtr -= n;
+            return *this;
+        }
+        iter operator+(std::ptrdiff_t n) const { return iter(mPtr + n); }
+        iter operator-(std::ptrdiff_t n) const { return iter(mPtr - n); }
+        std::ptrdiff_t operator-(const iter& o) const { return mPtr - o.mPtr; }
+        bool operator==(const iter& o) const { return mPtr == o.mPtr; }
+        bool operator!=(const iter& o) const { return mPtr != o.mPtr; }
+        bool operator<(const iter& o) const { return mPtr < o.mPtr; }
+        bool operator>(const iter& o) const { return mPtr > o.mPtr; }
+        bool operator<=(const iter& o) const { return mPtr <= o.mPtr; }
+        bool operator>=(const iter& o) const { return mPtr >= o.mPtr; }
+
+      private:
+        Ptr mPtr;
+    };
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+    using iterator = iter<false>;
+    using const_iterator = iter<true>;
+    iterator begin() { return data(); }
+    iterator end() { return data() + mSize; }
+    const_iterator begin() const { return data(); }
+    const_iterator end() const { return data() + mSize; }
+    operator std::vector<T>() const { return std::vector<T>(data(), data() + mSize); }  // NOLINT
+
+    // New elements are default-initialised, as on a device, where integers start with whatever the
+    // heap held; here they start as kPoison bytes, so code that reads them before writing them
+    // shows. Kept elements keep their values.
     void resize(size_t size) {
         if (size > UINT32_MAX) std::abort();
-        T* buf = size == 0 ? nullptr : new T[size]();
+        T* buf = size == 0 ? nullptr : new T[size];
+        if constexpr (std::is_trivially_default_constructible_v<T>) {
+            if (buf != nullptr) std::memset(static_cast<void*>(buf), kPoison, size * sizeof(T));
+        }
         for (size_t i = 0; i < size && i < mSize; ++i) buf[i] = std::move(mBuffer.get()[i]);
         clear();
         mBuffer = buf;
@@ -191,6 +259,7 @@ struct hidl_vec {
     }
 
     static constexpr size_t kOffsetOfBuffer = 0;
+    static constexpr unsigned char kPoison = 0xA5;
 
   private:
     void assignRange(const T* src, size_t n) {

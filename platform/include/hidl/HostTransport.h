@@ -30,26 +30,43 @@ void failCurrentTransaction();
 // running, as a service that returns without calling back would in the same process.
 void withholdCurrentCallback();
 
+// Lets a service act once the call it is serving has ended (a crash that takes the service down
+// after its failed call left it), on the same thread; outside a call, at once.
+void afterCurrentTransaction(std::function<void()> fn);
+
 class TransactionScope {
   public:
     TransactionScope(const char* descriptor, uint32_t position);
     ~TransactionScope();
     bool failed() const;
     bool withheld() const;
+    // Runs what the service left for after the call.
+    void runDeferred();
     TransactionScope(const TransactionScope&) = delete;
     TransactionScope& operator=(const TransactionScope&) = delete;
 
   private:
+    friend void afterCurrentTransaction(std::function<void()> fn);
     Transaction mTransaction;
     const Transaction* mOuter;
     int mOuterState;
+    TransactionScope* mOuterScope;
+    std::function<void()> mDeferred;
 };
 
 // Host controls for simulated services and tests.
 // Kills every registration of the service object: calls through existing proxies fail with a
 // transport error and linked recipients are told on the transport thread.
 void killService(const sp<::android::hidl::base::V1_0::IBase>& service);
-// Forgets every registration and listener (a fresh device).
+// Whether the device's manifest declares the service: a lookup of a declared service that is not
+// registered waits for its registration (logging the runtime's warning each second), one of an
+// undeclared service answers empty at once. Nothing is declared at first.
+void declareService(const std::string& descriptor, const std::string& name, bool declared);
+// Calls hook on the looking-up thread at the start of every lookup by name; a test may block there
+// to hold the lookup open. An empty hook ends it.
+void setLookupHook(
+    std::function<void(const std::string& descriptor, const std::string& name)> hook);
+// Forgets every registration, declaration and listener (a fresh device).
 void resetServiceManager();
 // Runs fn on the transport thread, after every report posted before it.
 void postToTransport(std::function<void()> fn);

@@ -58,13 +58,83 @@ class Status final {
     const std::string& exceptionMessage() const { return mMessage; }
     int32_t exceptionCode() const { return mException; }
     status_t transactionError() const { return mErrorCode; }
+    // The device runtime's own wording: "No error", or "Status(<exception>): '<message>'" with the
+    // transport error's name before the message of a failed transaction.
     std::string description() const {
         if (isOk()) return "No error";
-        if (mException != EX_TRANSACTION_FAILED) {
-            return "Status(" + std::to_string(mException) + "): '" + mMessage + "'";
+        std::string text = "Status(" + exceptionName(mException) + "): '";
+        if (mException == EX_TRANSACTION_FAILED) text += statusName(mErrorCode) + ": ";
+        return text + mMessage + "'";
+    }
+
+    static std::string exceptionName(int32_t exception) {
+        switch (exception) {
+            case EX_NONE:
+                return "EX_NONE";
+            case EX_SECURITY:
+                return "EX_SECURITY";
+            case EX_BAD_PARCELABLE:
+                return "EX_BAD_PARCELABLE";
+            case EX_ILLEGAL_ARGUMENT:
+                return "EX_ILLEGAL_ARGUMENT";
+            case EX_NULL_POINTER:
+                return "EX_NULL_POINTER";
+            case EX_ILLEGAL_STATE:
+                return "EX_ILLEGAL_STATE";
+            case EX_NETWORK_MAIN_THREAD:
+                return "EX_NETWORK_MAIN_THREAD";
+            case EX_UNSUPPORTED_OPERATION:
+                return "EX_UNSUPPORTED_OPERATION";
+            case EX_HAS_REPLY_HEADER:
+                return "EX_HAS_REPLY_HEADER";
+            case EX_TRANSACTION_FAILED:
+                return "EX_TRANSACTION_FAILED";
         }
-        return "Status(EX_TRANSACTION_FAILED): '" +
-               std::string(mErrorCode == DEAD_OBJECT ? "DEAD_OBJECT" : "UNKNOWN_ERROR") + "'";
+        return std::to_string(exception);
+    }
+
+    static std::string statusName(status_t status) {
+        switch (status) {
+            case OK:
+                return "OK";
+            case UNKNOWN_ERROR:
+                return "UNKNOWN_ERROR";
+            case NO_MEMORY:
+                return "NO_MEMORY";
+            case INVALID_OPERATION:
+                return "INVALID_OPERATION";
+            case BAD_VALUE:
+                return "BAD_VALUE";
+            case BAD_TYPE:
+                return "BAD_TYPE";
+            case NAME_NOT_FOUND:
+                return "NAME_NOT_FOUND";
+            case PERMISSION_DENIED:
+                return "PERMISSION_DENIED";
+            case NO_INIT:
+                return "NO_INIT";
+            case ALREADY_EXISTS:
+                return "ALREADY_EXISTS";
+            case DEAD_OBJECT:
+                return "DEAD_OBJECT";
+            case FAILED_TRANSACTION:
+                return "FAILED_TRANSACTION";
+            case BAD_INDEX:
+                return "BAD_INDEX";
+            case NOT_ENOUGH_DATA:
+                return "NOT_ENOUGH_DATA";
+            case WOULD_BLOCK:
+                return "WOULD_BLOCK";
+            case TIMED_OUT:
+                return "TIMED_OUT";
+            case UNKNOWN_TRANSACTION:
+                return "UNKNOWN_TRANSACTION";
+            case FDS_NOT_ALLOWED:
+                return "FDS_NOT_ALLOWED";
+            case UNEXPECTED_NULL:
+                return "UNEXPECTED_NULL";
+        }
+        return std::to_string(status);
     }
 
   private:

@@ -12,7 +12,8 @@ namespace simdevice {
 // are not captured; installing again only keeps capturing.
 void CaptureLogs();
 // Captured lines since the last take, oldest first, as "P TEXT" with P one of V D I W E F. The
-// text is the message as formatted, unchanged. At most the newest 65536 lines are kept.
+// text is the message as formatted, unchanged, after "TAG: " for a line with a tag. At most the
+// newest 65536 lines are kept.
 std::vector<std::string> TakeLogs();
 
 }  // namespace simdevice

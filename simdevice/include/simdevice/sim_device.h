@@ -36,22 +36,24 @@ const char* InstanceName(Service service);
 bool HasMinorUpdate(Service service);
 
 // What an operation answers: one value, or the values it hands to its callback, or no callback at
-// all, or a transport failure in the middle of the call.
+// all, or a transport failure in the middle of the call, or a crash of the service in the middle of
+// the call (a transport failure, the service's death, and its restart after the restart delay).
 class Answer {
   public:
-    enum class Kind { kValues, kNoCallback, kTransportError };
+    enum class Kind { kValues, kNoCallback, kTransportError, kCrash };
     // Integers of every width travel as int64 until an operation's shape narrows them.
     using Value = std::variant<int64_t, bool, std::string, std::vector<int32_t>>;
 
-    // Text forms: "nocallback", "transport-error", or values separated by commas, each an integer
-    // (7, -3), true, false, a JSON string ("a\"b", "\u00e9"), a text as its bytes in hexadecimal
-    // (bytes:41ff42, any bytes at all) or an integer vector ([1, 2, 3]).
-    // Returns nothing and sets *error (if given) when the text is not an answer.
+    // Text forms: "nocallback", "transport-error", "crash", or values separated by commas, each an
+    // integer (7, -3), true, false, a JSON string ("a\"b", "\u00e9"), a text as its bytes in
+    // hexadecimal (bytes:41ff42, any bytes at all) or an integer vector ([1, 2, 3]). Returns
+    // nothing and sets *error (if given) when the text is not an answer.
     static std::optional<Answer> Parse(std::string_view text, std::string* error);
 
     static Answer Values(std::vector<Value> values);
     static Answer NoCallback();
     static Answer TransportError();
+    static Answer Crash();
 
     Kind kind() const { return kind_; }
     const std::vector<Value>& values() const { return values_; }
@@ -124,8 +126,17 @@ class SimDevice {
     static const std::vector<OperationInfo>& Operations(Service service);
     static const OperationInfo* FindOperation(Service service, std::string_view operation);
 
-    // Leaves the service unregistered at Start. False (and no effect) once started.
+    // Leaves the service undeclared and unregistered at Start: lookups of it answer empty at once.
+    // Every other service is declared, as a device's manifest declares it, so a lookup of it waits
+    // while it is not registered (late, killed or crashed). False (and no effect) once started.
     bool SetAbsent(Service service, bool absent);
+    // Registers the service ms milliseconds after Start rather than at Start. False (and no
+    // effect) once started.
+    bool SetStartDelay(Service service, int64_t ms);
+    // How long a service that crashed in the middle of a call stays down before it registers again,
+    // as the platform restarts it; negative: it stays down. kDefaultRestartDelayMs at first.
+    void SetRestartDelay(int64_t ms);
+    static constexpr int64_t kDefaultRestartDelayMs = 300;
     // Registers the service with its 1.0 interface chain only, so that casts to 1.1 answer empty.
     // Takes effect at the service's next registration (Start, or Revive after Kill). False for a
     // service with a single version.
@@ -139,6 +150,9 @@ class SimDevice {
     // Registers the service (again): a new registration report. False when already registered.
     bool Revive(Service service);
     bool IsRegistered(Service service) const;
+    // Returns once every registration still to come (a start delay, a crashed service's restart)
+    // has been made and its reports delivered. Services set to stay down are not waited for.
+    void WaitRestarts();
 
     // Programs the answer of every later call of the operation. An answer with fewer callback
     // values than the callback takes is completed with 0, false, "" and []. "nocallback" is refused
@@ -161,7 +175,8 @@ class SimDevice {
     std::optional<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation>
     LastFmdOperation() const;
 
-    // Back to a started healthy device: default answers, no configuration, no records, every
+    // Back to a started healthy device: default answers, no configuration (restart delay the
+    // default, nothing left to register later), no records, every
     // service registered with its full version. Services that already are stay untouched; one
     // registered 1.0-only is killed and registered again, so clients see a death and a
     // registration.
@@ -172,13 +187,20 @@ class SimDevice {
 
   private:
     struct Slot;
+    struct Schedule;
     bool RegisterLocked(Slot& slot);
     void KillLocked(Slot& slot);
+    void DeclareLocked(Slot& slot, bool declared);
+    // Registers the service after ms milliseconds, on the device's scheduling thread.
+    void RegisterLater(Service service, int64_t ms);
+    void Crash(Service service);
+    void CrashNow(Service service);
 
     std::shared_ptr<internal::Core> core_;
     mutable std::mutex lifecycle_;
     bool started_ = false;
     std::vector<std::unique_ptr<Slot>> slots_;
+    std::unique_ptr<Schedule> schedule_;
 };
 
 }  // namespace simdevice

@@ -58,7 +58,10 @@ TEST(LoadFailure, RefusesTheLoadButKeepsServicesConnectedAndWatched) {
               (std::vector<LogLine>{{W, "KxMMITest_jni: ProcessServiceDied, cookie is:5"},
                                     {D, "KxMMITest_jni: ExitMmiNativeManager"}}));
 
-    // The JVM raises the pending lookup error whatever the load answers, so ask it directly.
+    // The JVM raises the pending lookup error whatever the load answers, so ask it directly, with
+    // power back (a load waits for a declared service that is down).
+    kxtest::Device().Revive(simdevice::Service::kPower);
+    kxtest::WaitIdle();  // its reconnect pass reads the holder that a load replaces
     void* library = dlopen(KXTEST_LIB_DIR "/libKxMMI_jni.so", RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(library, nullptr);
     auto onLoad = reinterpret_cast<jint (*)(JavaVM*, void*)>(dlsym(library, "JNI_OnLoad"));

@@ -14,8 +14,8 @@ final class Answers {
     private static final Pattern NUMBER = Pattern.compile("-?[0-9]+(\\.[0-9]+)?([eE][-+]?[0-9]+)?");
 
     /** The words an answer may be instead of values. */
-    static final List<String> KEYWORDS = List.of("nocallback", "transport-error");
-    static final String FORMS = "an answer is nocallback, transport-error, or values separated by commas "
+    static final List<String> KEYWORDS = List.of("nocallback", "transport-error", "crash");
+    static final String FORMS = "an answer is nocallback, transport-error, crash, or values separated by commas "
             + "(7, true, \"text\", [1,2,3], bytes:HEX)";
 
     private Answers() {}

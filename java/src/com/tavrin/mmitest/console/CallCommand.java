@@ -9,9 +9,8 @@ import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.Callable;
 
-import com.tavrin.mmitest.sim.SimulatedDevice;
-
 import com.google.gson.stream.JsonWriter;
+import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import picocli.CommandLine;
 import picocli.CommandLine.Command;
@@ -112,13 +111,23 @@ final class CallCommand implements Callable<Integer> {
             err.println("mmi call: " + refused);
             return Console.USAGE;
         }
+        String[] loadLogs;
         try {
-            Natives.startDevice();
+            loadLogs = Natives.startDevice();
         } catch (IllegalStateException e) {
             err.println("mmi call: " + e.getMessage());
             return Console.FAILED;
         }
         StepRecord r = StepRecord.invoke(method, arguments);
+        // A crashed service's restart, and the reconnect it brings, belong to the call's story.
+        SimulatedDevice.waitRestarts();
+        List<String> logs = new ArrayList<>();
+        if (device.lateStart()) {
+            logs.addAll(List.of(loadLogs));  // the load waited for a late service
+        }
+        logs.addAll(List.of(r.logs));
+        logs.addAll(List.of(SimulatedDevice.takeLogs()));
+        r.logs = logs.toArray(new String[0]);
         if (r.thrown != null) {
             err.println("mmi call: " + method.getName() + " threw " + r.thrown);
             return Console.FAILED;

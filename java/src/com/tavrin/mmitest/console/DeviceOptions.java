@@ -25,8 +25,28 @@ final class DeviceOptions {
     List<String> onlyV10 = new ArrayList<>();
 
     @Option(names = "--answer", paramLabel = "SERVICE.OPERATION=ANSWER", converter = AnswerConverter.class,
-            description = "Program what the operation answers from now on.")
+            description = "Program what the operation answers from now on; crash: the service dies in the middle "
+                    + "of the call and restarts after the restart delay.")
     List<Answer> answers = new ArrayList<>();
+
+    @Option(names = "--start-delay", paramLabel = "SERVICE=MS", converter = StartDelayConverter.class,
+            description = "Register the service MS milliseconds after the device starts; the library's load waits "
+                    + "for it.")
+    List<StartDelay> startDelays = new ArrayList<>();
+
+    @Option(names = "--restart-delay", paramLabel = "MS|never", converter = RestartDelayConverter.class,
+            description = "How long a crashed service stays down before it registers again (default: 300), or never.")
+    Long restartDelay;
+
+    static final class StartDelay {
+        final String service;
+        final long ms;
+
+        StartDelay(String service, long ms) {
+            this.service = service;
+            this.ms = ms;
+        }
+    }
 
     static final class Answer {
         final String service;
@@ -46,7 +66,8 @@ final class DeviceOptions {
     }
 
     boolean isEmpty() {
-        return absent.isEmpty() && onlyV10.isEmpty() && answers.isEmpty();
+        return absent.isEmpty() && onlyV10.isEmpty() && answers.isEmpty() && startDelays.isEmpty()
+                && restartDelay == null;
     }
 
     /** Sets the device up before it starts; null when done, else what it refused. */
@@ -56,6 +77,12 @@ final class DeviceOptions {
         }
         for (String service : onlyV10) {
             SimulatedDevice.setOnlyV10(service, true);
+        }
+        for (StartDelay delay : startDelays) {
+            SimulatedDevice.setStartDelay(delay.service, delay.ms);
+        }
+        if (restartDelay != null) {
+            SimulatedDevice.setRestartDelay(restartDelay);
         }
         for (Answer answer : answers) {
             String error = program(answer);
@@ -103,6 +130,42 @@ final class DeviceOptions {
                         + String.join(", ", VERSIONED) + ")");
             }
             return service(value, VERSIONED);
+        }
+    }
+
+    /** Whether a service starts late, so that what the library's load went through is worth showing. */
+    boolean lateStart() {
+        return !startDelays.isEmpty();
+    }
+
+    static long milliseconds(String text, String option) {
+        try {
+            long ms = Long.parseLong(text);
+            if (ms >= 0) {
+                return ms;
+            }
+        } catch (NumberFormatException e) {
+            // reported below
+        }
+        throw new TypeConversionException(option + " takes milliseconds (0 or more), got " + text);
+    }
+
+    static final class StartDelayConverter implements ITypeConverter<StartDelay> {
+        @Override
+        public StartDelay convert(String option) {
+            int eq = option.indexOf('=');
+            if (eq <= 0) {
+                throw new TypeConversionException("--start-delay takes SERVICE=MS, got " + option);
+            }
+            return new StartDelay(service(option.substring(0, eq), SERVICES),
+                    milliseconds(option.substring(eq + 1), "--start-delay"));
+        }
+    }
+
+    static final class RestartDelayConverter implements ITypeConverter<Long> {
+        @Override
+        public Long convert(String value) {
+            return value.equals("never") ? -1L : milliseconds(value, "--restart-delay");
         }
     }
 

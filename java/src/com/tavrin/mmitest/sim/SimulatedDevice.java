@@ -9,8 +9,28 @@ package com.tavrin.mmitest.sim;
 public final class SimulatedDevice {
     static { System.loadLibrary("simdevice_jni"); }
 
-    /** Leaves the service unregistered at start(). IllegalStateException after start(). */
+    /**
+     * Leaves the service undeclared and unregistered at start(): a lookup of it answers empty at
+     * once. Every other service is declared, as a device's manifest declares it, so a lookup of it
+     * waits (logging "W HidlServiceManagement: Waited one second for INTERFACE/INSTANCE" each second)
+     * for as long as it is not registered: late, killed or crashed. IllegalStateException after
+     * start().
+     */
     public static native void setAbsent(String service, boolean absent);
+
+    /**
+     * Registers the service ms milliseconds after start() rather than at start(), so that the
+     * library's load waits for it. IllegalArgumentException for a negative ms,
+     * IllegalStateException after start().
+     */
+    public static native void setStartDelay(String service, long ms);
+
+    /**
+     * How long a service that crashed in the middle of a call stays down before it registers again,
+     * as the platform restarts a crashed service: ms milliseconds, 300 at first; a negative ms
+     * (-1): it stays down until revive().
+     */
+    public static native void setRestartDelay(long ms);
 
     /**
      * Offers only version 1.0 of factory, display or sensors (IllegalArgumentException for the
@@ -22,15 +42,20 @@ public final class SimulatedDevice {
     /**
      * Programs the answer of every later call of the operation: a value ("7", "true", "-3"), the
      * callback's values separated by commas ("5,\"info\"", "0,[1,2,3]"; missing trailing values
-     * become 0, false, "" or []), "nocallback" (callback operations only) or "transport-error".
-     * Strings are JSON strings. Returns null when accepted, else why not.
+     * become 0, false, "" or []), "nocallback" (callback operations only), "transport-error" (the
+     * call fails, the service lives on) or "crash" (the service dies in the middle of the call:
+     * the caller sees a dead transport, death recipients are told, and the service registers again
+     * after the restart delay). Strings are JSON strings. Returns null when accepted, else why not.
      */
     public static native String program(String service, String operation, String answer);
 
-    /** Registers every service not set absent. Later calls do nothing. */
+    /** Registers every service not set absent (late ones after their delay). Later calls do nothing. */
     public static native void start();
 
-    /** Kills the service: calls fail with a transport error, death recipients are told. */
+    /**
+     * Kills the service: calls fail with a transport error, death recipients are told. It stays
+     * declared, so lookups of it wait until revive().
+     */
     public static native void kill(String service);
 
     /** Registers the service again, with a new registration report; nothing if it runs. */
@@ -42,6 +67,13 @@ public final class SimulatedDevice {
     /** Returns once every death and registration report so far has been delivered. */
     public static native void waitIdle();
 
+    /**
+     * Returns once every registration still to come (a start delay, a crashed service's restart)
+     * has been made and its reports delivered, as waitIdle() then does. A service that stays down
+     * (restart delay negative) is not waited for.
+     */
+    public static native void waitRestarts();
+
     /** "service.operation(args)" for each call received since the last take, oldest first. */
     public static native String[] takeCalls();
 
@@ -51,7 +83,11 @@ public final class SimulatedDevice {
     /** Captures every platform log line from now on, verbose included. */
     public static native void captureLogs();
 
-    /** Captured lines since the last take as "P TEXT", P one of V D I W E F; oldest first. */
+    /**
+     * Captured lines since the last take as "P TEXT", P one of V D I W E F; oldest first. TEXT is
+     * the message as written, after "TAG: " when the line has a tag (the platform's own lines do;
+     * the library's have none).
+     */
     public static native String[] takeLogs();
 
     /** Names of the service's operations that the native library calls, in position order. */

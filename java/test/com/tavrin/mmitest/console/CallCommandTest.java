@@ -39,6 +39,17 @@ class CallCommandTest {
     }
 
     @Test
+    void lateAndRestartingServices() {
+        CallCommand r = CallCommand.parse(List.of("--start-delay", "power=1500", "--start-delay=light=0",
+                "--restart-delay", "never", "getBsnNative"));
+        assertEquals(List.of("power=1500", "light=0", -1L, true), List.of(
+                r.device.startDelays.get(0).service + "=" + r.device.startDelays.get(0).ms,
+                r.device.startDelays.get(1).service + "=" + r.device.startDelays.get(1).ms,
+                r.device.restartDelay, r.device.lateStart()));
+        assertEquals(250L, CallCommand.parse(List.of("--restart-delay=250", "getBsnNative")).device.restartDelay);
+    }
+
+    @Test
     void optionsAfterTheMethod() {
         CallCommand r = CallCommand.parse(List.of("setTestCycleNative", "--absent", "light", "-3", "--json", "4"));
         assertEquals(List.of(List.of("light"), true, List.of(-3, 4)), List.of(r.device.absent, r.json, List.of(r.arguments)));
@@ -63,7 +74,11 @@ class CallCommandTest {
         "--absent light | no method named",
         "getBsnNative2 | no native method getBsnNative2",
         "getPowerStateNative | takes 1 argument, got 0",
-        "setMmiResultNative 1 two | argument 2"})
+        "setMmiResultNative 1 two | argument 2",
+        "--start-delay power getBsnNative | SERVICE=MS",
+        "--start-delay moon=5 getBsnNative | unknown service moon",
+        "--start-delay power=-5 getBsnNative | milliseconds (0 or more), got -5",
+        "--restart-delay soon getBsnNative | milliseconds (0 or more), got soon"})
     void refused(String line, String reason) {
         IllegalArgumentException e = assertThrows(IllegalArgumentException.class,
                 () -> CallCommand.parse(List.of(line.split(" "))));
@@ -74,7 +89,7 @@ class CallCommandTest {
     @ParameterizedTest(name = "{0}")
     @CsvSource(delimiter = '|', value = {
         "nocalback | unknown answer keyword nocalback (did you mean nocallback?); an answer is nocallback, "
-            + "transport-error, or values",
+            + "transport-error, crash, or values",
         "transport_eror | (did you mean transport-error?)",
         "NoCallBack | (did you mean nocallback?)",
         "0,bytes:4g | column 9: bytes: needs pairs of hex digits; bytes:HEX takes pairs of hex digits 0-9 a-f",
