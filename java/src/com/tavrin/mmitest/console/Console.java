@@ -127,8 +127,8 @@ public final class Console implements Callable<Integer> {
     /** SERVICE and ANSWER, for run and call. */
     private static final List<String> DEVICE_NOTES = List.of("",
             "SERVICE  " + String.join(", ", DeviceOptions.SERVICES),
-            "ANSWER   nocallback, transport-error, or values separated by commas: 7, true,",
-            "         \"text\", [1,2,3], bytes:HEX; quote the whole option for the shell to",
+            "ANSWER   nocallback, transport-error, crash, or values separated by commas: 7,",
+            "         true, \"text\", [1,2,3], bytes:HEX; quote the whole option for the shell to",
             "         keep the quotes (a bare word is taken as text: power.getPowerState=5,x);",
             "         mmi call --list-ops lists the operations and their answers");
 

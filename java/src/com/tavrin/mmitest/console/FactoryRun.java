@@ -62,7 +62,9 @@ final class FactoryRun implements Callable<Integer> {
     boolean noDrill;
 
     @Option(names = "--drill-fault", paramLabel = "FAULT", defaultValue = "kill",
-            description = "How the drill's service dies: ${COMPLETION-CANDIDATES} (default: ${DEFAULT-VALUE}).")
+            description = "How the drill's service dies: kill (the drill kills it and revives it) or crash (it "
+                    + "crashes in the middle of a call and restarts after the restart delay); default: "
+                    + "${DEFAULT-VALUE}.")
     DrillFault drillFault;
 
     @Option(names = "--junit", paramLabel = "FILE", description = "Write the results as JUnit XML.")
@@ -86,7 +88,7 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = {"-V", "--version"}, versionHelp = true, description = "Print the version.")
     boolean version;
 
-    enum DrillFault { kill }
+    enum DrillFault { kill, crash }
 
     /** The command line this command runs in; set when the console's command line is made. */
     CommandLine commandLine;
@@ -387,14 +389,19 @@ final class FactoryRun implements Callable<Integer> {
         String service = report.drillService;
         if (!quiet) {
             out.println();
-            out.println("Service-death drill: kill " + service + ", then revive it");
+            out.println("Service-death drill: " + (drillFault == DrillFault.kill ? "kill " + service + ", then revive it"
+                    : "crash " + service + " in a call, then let it restart"));
         }
         SimulatedDevice.takeLogs();
         SimulatedDevice.takeCalls();
         List<Probe> probes = FactorySequence.probes();
         List<StepRecord> before = probe(probes);
 
-        SimulatedDevice.kill(service);
+        String refused = fault(service, probes, before);
+        if (refused != null) {
+            report.drillSkipped = refused;
+            return;
+        }
         SimulatedDevice.waitIdle();
         report.killLogs = SimulatedDevice.takeLogs();
         SimulatedDevice.takeCalls();
@@ -407,6 +414,10 @@ final class FactoryRun implements Callable<Integer> {
         }
         report.downLogs = downLogs.toArray(new String[0]);
 
+        if (drillFault == DrillFault.crash) {
+            SimulatedDevice.waitRestarts();
+        }
+        // A crashed service that is never restarted (--restart-delay never) is revived as a killed one is.
         SimulatedDevice.revive(service);
         SimulatedDevice.waitIdle();
         report.reviveLogs = SimulatedDevice.takeLogs();
@@ -457,7 +468,8 @@ final class FactoryRun implements Callable<Integer> {
     }
 
     private void printDrill(RunReport report, List<String[]> rows) {
-        String[] header = {"", "service", "request", "while down", "after revive"};
+        String[] header = {"", "service", "request", "while down",
+            drillFault == DrillFault.kill ? "after revive" : "after restart"};
         Table table = new Table(out, terminal, verbose, header, Table.widest(rows), new int[] {4, 12, 16, 8, 8});
         for (String[] row : rows) {
             table.row(Arrays.copyOf(row, header.length));
@@ -478,6 +490,44 @@ final class FactoryRun implements Callable<Integer> {
         out.println("drill: " + report.passedChecks() + " of " + report.countedChecks() + " checks passed"
                 + (report.countedChecks() < report.checks.size()
                         ? ", " + (report.checks.size() - report.countedChecks()) + " not checked" : ""));
+    }
+
+    /**
+     * Takes the drill's service down: kills it, or makes the operation its first probe reaches
+     * crash under that probe, then puts the operation's answer back as the command line set it.
+     * Null when done, else why the drill cannot run.
+     */
+    private String fault(String service, List<Probe> probes, List<StepRecord> before) {
+        if (drillFault == DrillFault.kill) {
+            SimulatedDevice.kill(service);
+            return null;
+        }
+        for (int i = 0; i < probes.size(); i++) {
+            String[] calls = before.get(i).calls;
+            if (!probes.get(i).service.equals(service) || calls.length == 0) {
+                continue;
+            }
+            String operation = calls[0].substring(service.length() + 1, calls[0].indexOf('('));
+            String error = SimulatedDevice.program(service, operation, "crash");
+            if (error != null) {
+                return "the device cannot crash " + service + "." + operation + ": " + error;
+            }
+            // The call's log lines and the death's stay for the drill to collect as the kill's.
+            try {
+                Natives.invoke(probes.get(i).step.resolve(), probes.get(i).step.args);
+            } catch (Throwable t) {
+                return "the crashing call of " + service + "." + operation + " threw " + t;
+            }
+            SimulatedDevice.resetAnswers();
+            for (DeviceOptions.Answer a : device.answers) {
+                String refused = DeviceOptions.program(a);
+                if (refused != null) {
+                    return "cannot program --answer " + a + " again: " + refused;
+                }
+            }
+            return null;
+        }
+        return "no probe of " + service + " reaches it";
     }
 
     private static List<StepRecord> probe(List<Probe> probes) {

@@ -137,9 +137,9 @@ class ConsoleEndToEndTest {
         Result r = console("call", "--list-ops", "power");
         assertEquals(0, r.code(), r.err());
         assertEquals(List.of("service operation answer keywords",
-                "power getPowerState callback: int32 code, string info nocallback, transport-error",
-                "power setPowerState value: int32 result transport-error",
-                "power checkUsbSpeed callback: int32 code, string info nocallback, transport-error"),
+                "power getPowerState callback: int32 code, string info nocallback, transport-error, crash",
+                "power setPowerState value: int32 result transport-error, crash",
+                "power checkUsbSpeed callback: int32 code, string info nocallback, transport-error, crash"),
                 r.lines().stream().map(l -> l.strip().replaceAll(" {2,}", " ")).collect(Collectors.toList()));
     }
 
@@ -278,6 +278,21 @@ class ConsoleEndToEndTest {
         assertTrue(r.out().contains("Service-death drill: kill light, then revive it"), r.out());
         assertTrue(r.out().contains("PASS  1 request(s) of light and 7 of other services answered before the kill"),
                 r.out());
+    }
+
+    /** A crash in the middle of a call, a restart after the delay, and the programmed answer back. */
+    @ParameterizedTest(name = "{0}")
+    @CsvSource({"--restart-delay=50", "--restart-delay=never"})
+    void theDrillCanCrashItsServiceInACall(String restart) throws Exception {
+        Path xml = dir.resolve("r.xml");
+        Result r = console("run", "--drill-fault", "crash", restart, "--step", "1", "-v", "--answer",
+                "power.getPowerState=0,\"x\"", "--junit", xml.toString());
+        assertEquals(0, r.code(), r.out());
+        assertTrue(r.out().contains("Service-death drill: crash power in a call, then let it restart"), r.out());
+        assertTrue(r.out().contains("GetPowerState fail, transport error"), r.out());
+        assertTrue(r.out().matches("(?s).*  PASS  power +getPowerStateNative\\(\"battery\"\\) +\"\" +\"x\"\n.*"),
+                r.out());
+        assertTrue(JunitCheck.properties(JunitCheck.parse(xml)).contains("drill=power crash"));
     }
 
     @Test
