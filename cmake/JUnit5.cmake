@@ -3,9 +3,10 @@
 #   junit5_add_jar(TARGET SOURCES file... [INCLUDE_JARS target-or-path...])
 #     compiles a test jar against the Jupiter API and params jars and the given jars (add_jar
 #     targets or paths).
-#   junit5_add_test(NAME JAR target [CLASSES class...] [INCLUDE_JARS ...] [JVM_ARGS ...] [TIMEOUT s])
+#   junit5_add_test(NAME JAR target [CLASSES class...] [INCLUDE_TAGS tag...] [EXCLUDE_TAGS tag...]
+#                   [INCLUDE_JARS ...] [JVM_ARGS ...] [TIMEOUT s])
 #     registers a CTest test that runs the platform's console launcher on the jar: the given
-#     classes, else every test class the jar holds. JVM_ARGS go to the test JVM (-Dkey=value is how
+#     classes, else every test class the jar holds, narrowed by @Tag when tags are given. JVM_ARGS go to the test JVM (-Dkey=value is how
 #     a test gets a path from the build). The launcher's tree and counts go to the test's output, its
 #     XML report to junit-reports/NAME/ under the current binary directory; a failed or missing test
 #     fails the CTest test.
@@ -47,7 +48,7 @@ function(junit5_add_jar target)
 endfunction()
 
 function(junit5_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "JAR;TIMEOUT" "CLASSES;INCLUDE_JARS;JVM_ARGS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "JAR;TIMEOUT" "CLASSES;INCLUDE_TAGS;EXCLUDE_TAGS;INCLUDE_JARS;JVM_ARGS")
   if(NOT TARGET ${arg_JAR})
     message(FATAL_ERROR "junit5_add_test(${name}): JAR must name a junit5_add_jar target")
   endif()
@@ -59,10 +60,12 @@ function(junit5_add_test name)
   if(arg_CLASSES)
     list(TRANSFORM arg_CLASSES PREPEND --select-class= OUTPUT_VARIABLE select)
   endif()
+  list(TRANSFORM arg_INCLUDE_TAGS PREPEND --include-tag=)
+  list(TRANSFORM arg_EXCLUDE_TAGS PREPEND --exclude-tag=)
   add_test(NAME ${name}
     COMMAND ${Java_JAVA_EXECUTABLE} ${arg_JVM_ARGS} -jar ${JUNIT5_JUNIT_PLATFORM_CONSOLE_STANDALONE}
       --disable-banner --disable-ansi-colors --include-engine=junit-jupiter --details=tree --fail-if-no-tests
-      --class-path=${classpath} ${select}
+      --class-path=${classpath} ${select} ${arg_INCLUDE_TAGS} ${arg_EXCLUDE_TAGS}
       --reports-dir=${CMAKE_CURRENT_BINARY_DIR}/junit-reports/${name})
   if(arg_TIMEOUT)
     set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})

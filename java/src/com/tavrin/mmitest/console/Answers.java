@@ -2,6 +2,7 @@ package com.tavrin.mmitest.console;
 
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Locale;
 import java.util.regex.Pattern;
 
 /**
@@ -12,7 +13,55 @@ import java.util.regex.Pattern;
 final class Answers {
     private static final Pattern NUMBER = Pattern.compile("-?[0-9]+(\\.[0-9]+)?([eE][-+]?[0-9]+)?");
 
+    /** The words an answer may be instead of values. */
+    static final List<String> KEYWORDS = List.of("nocallback", "transport-error", "crash");
+    static final String FORMS = "an answer is nocallback, transport-error, crash, or values separated by commas "
+            + "(7, true, \"text\", [1,2,3], bytes:HEX)";
+
     private Answers() {}
+
+    /** The keywords an operation of this shape ("value: ..." or "callback: ...") takes. */
+    static List<String> keywords(String shape) {
+        return shape.startsWith("callback") ? KEYWORDS : KEYWORDS.subList(1, KEYWORDS.size());
+    }
+
+    /**
+     * The device's refusal of an answer, with the accepted forms named where a user would look
+     * for them: a misspelt keyword, a bytes: value that is not hex.
+     */
+    static String explain(String answer, String error) {
+        String word = answer.strip();
+        if (word.matches("[A-Za-z][A-Za-z_-]*") && !KEYWORDS.contains(word)) {
+            for (String k : KEYWORDS) {
+                if (distance(word.toLowerCase(Locale.ROOT), k) <= 3) {
+                    return "unknown answer keyword " + word + " (did you mean " + k + "?); " + FORMS;
+                }
+            }
+        }
+        if (error.contains("bytes:")) {
+            return error + "; bytes:HEX takes pairs of hex digits 0-9 a-f (bytes:41ff42 is the three bytes 41 FF 42)";
+        }
+        return error;
+    }
+
+    /** Edits (insert, delete, replace a character) that turn a into b. */
+    static int distance(String a, String b) {
+        int[] row = new int[b.length() + 1];
+        for (int j = 0; j <= b.length(); j++) {
+            row[j] = j;
+        }
+        for (int i = 1; i <= a.length(); i++) {
+            int diagonal = row[0];
+            row[0] = i;
+            for (int j = 1; j <= b.length(); j++) {
+                int above = row[j];
+                row[j] = Math.min(Math.min(row[j] + 1, row[j - 1] + 1),
+                        diagonal + (a.charAt(i - 1) == b.charAt(j - 1) ? 0 : 1));
+                diagonal = above;
+            }
+        }
+        return row[b.length()];
+    }
 
     /** The answer with each bare text field quoted; fields that already parse are left alone. */
     static String requote(String answer) {
@@ -78,6 +127,33 @@ final class Answers {
                 quoted = !quoted;
             } else if (c == ':' && !quoted) {
                 return i;
+            }
+        }
+        return -1;
+    }
+
+    /** Where the object the text begins with ends (past its closing brace); -1 when it does not. */
+    static int objectEnd(String text) {
+        int start = text.length() - text.stripLeading().length();
+        if (start >= text.length() || text.charAt(start) != '{') {
+            return -1;
+        }
+        int depth = 0;
+        boolean quoted = false;
+        for (int i = start; i < text.length(); i++) {
+            char c = text.charAt(i);
+            if (quoted) {
+                if (c == '\\') {
+                    i++;
+                } else if (c == '"') {
+                    quoted = false;
+                }
+            } else if (c == '"') {
+                quoted = true;
+            } else if (c == '{' || c == '[') {
+                depth++;
+            } else if ((c == '}' || c == ']') && --depth == 0) {
+                return i + 1;
             }
         }
         return -1;

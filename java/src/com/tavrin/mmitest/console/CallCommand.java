@@ -19,10 +19,15 @@ import picocli.CommandLine.Option;
 import picocli.CommandLine.Parameters;
 
 /** {@code ./mmi call}: one native method against a simulated device set up by the options. */
-@Command(name = "call", sortOptions = false, header = "One native method against the simulated device",
+@Command(name = "call", sortOptions = false, versionProvider = Console.Version.class,
+        header = "One native method against the simulated device",
         description = {"One native method. Prints 'result: VALUE', then 'field: NAME = VALUE' for each static field "
                 + "of MmiNativeManager the call wrote, 'log: P TEXT' for every log line and "
-                + "'call: SERVICE.OPERATION(ARGS)' for every call a service received."})
+                + "'call: SERVICE.OPERATION(ARGS)' for every call a service received. Options may come before "
+                + "or after the method; arguments that begin with - go after --."},
+        exitCodeListHeading = "%nExit codes:%n",
+        exitCodeList = {"0:the method ran (whatever it answered)", "1:the library did not load, or the method threw",
+            "2:the command line was refused"})
 final class CallCommand implements Callable<Integer> {
     @Mixin
     DeviceOptions device = new DeviceOptions();
@@ -30,8 +35,16 @@ final class CallCommand implements Callable<Integer> {
     @Option(names = "--json", description = "Print the same facts as one JSON object on one line.")
     boolean json;
 
+    @Option(names = "--list-ops", arity = "0..1", paramLabel = "SERVICE", fallbackValue = "",
+            description = "List the operations of every service (or of SERVICE) that --answer can program: the "
+                    + "shape of their answer and the answer keywords they take.")
+    String listOps;
+
     @Option(names = {"-h", "--help"}, usageHelp = true, description = "Print this help.")
     boolean help;
+
+    @Option(names = {"-V", "--version"}, versionHelp = true, description = "Print the version.")
+    boolean version;
 
     @Parameters(index = "0", arity = "0..1", paramLabel = "METHOD", description = "A native method of MmiNativeManager.")
     String methodName;
@@ -73,6 +86,16 @@ final class CallCommand implements Callable<Integer> {
     public Integer call() {
         PrintWriter out = commandLine.getOut();
         PrintWriter err = commandLine.getErr();
+        if (listOps != null) {
+            try {
+                listOperations(out, listOps.isEmpty() ? DeviceOptions.SERVICES
+                        : List.of(DeviceOptions.service(listOps, DeviceOptions.SERVICES)));
+            } catch (CommandLine.TypeConversionException e) {
+                err.println("mmi call: --list-ops: " + e.getMessage());
+                return Console.USAGE;
+            }
+            return Console.OK;
+        }
         if (methodName == null && device.isEmpty() && !json) {
             commandLine.usage(out);
             return Console.OK;
@@ -116,6 +139,22 @@ final class CallCommand implements Callable<Integer> {
             r.detail().forEach(out::println);
         }
         return Console.OK;
+    }
+
+    /** One row per operation: service, operation, what it answers and the answer keywords it takes. */
+    static void listOperations(PrintWriter out, List<String> services) {
+        List<String[]> rows = new ArrayList<>();
+        for (String service : services) {
+            String[] names = SimulatedDevice.operations(service);
+            String[] shapes = SimulatedDevice.shapes(service);
+            for (int i = 0; i < names.length; i++) {
+                rows.add(new String[] {service, names[i], shapes[i], String.join(", ", Answers.keywords(shapes[i]))});
+            }
+        }
+        // A listing to read or grep whole: nothing is cut.
+        Table table = new Table(out, new Terminal(Integer.MAX_VALUE, false), true,
+                new String[] {"service", "operation", "answer", "keywords"}, Table.widest(rows), new int[4]);
+        rows.forEach(table::plain);
     }
 
     static String json(StepRecord r) {

@@ -25,7 +25,11 @@ import picocli.CommandLine.UnmatchedArgumentException;
  * refuses.
  */
 @Command(name = "mmi", subcommands = {FactoryRun.class, CallCommand.class, CommandLine.HelpCommand.class},
-        description = "The factory-test console: the native library in front of the simulated device.")
+        versionProvider = Console.Version.class, mixinStandardHelpOptions = true,
+        description = "The factory-test console: the native library in front of the simulated device.",
+        exitCodeListHeading = "%nExit codes:%n",
+        exitCodeList = {"0:done, every check passed", "1:a step, a check or the library failed",
+            "2:the command line was refused, or an output file cannot be written"})
 public final class Console implements Callable<Integer> {
     static final int OK = 0;
     static final int FAILED = 1;
@@ -48,6 +52,18 @@ public final class Console implements Callable<Integer> {
         return OK;
     }
 
+    /** The version ./mmi computed and passed on, which the results files also carry. */
+    static String version() {
+        return System.getProperty("mmi.version", "unknown");
+    }
+
+    static final class Version implements CommandLine.IVersionProvider {
+        @Override
+        public String[] getVersion() {
+            return new String[] {"mmi " + version()};
+        }
+    }
+
     /** The console's command line, writing UTF-8 whatever the locale: device texts may carry any character. */
     static CommandLine commandLine() {
         Console console = new Console();
@@ -61,10 +77,9 @@ public final class Console implements Callable<Integer> {
                 StandardCharsets.UTF_8), true));
         line.setErr(new PrintWriter(new OutputStreamWriter(new FileOutputStream(FileDescriptor.err),
                 StandardCharsets.UTF_8), true));
-        // Method arguments are taken as typed: "@x" is a text, not a file to read arguments from,
-        // and everything after the method name is an argument, even "--x" or "-1".
+        // Method arguments are taken as typed: "@x" is a text, not a file to read arguments from;
+        // options may come before or after the method, and after "--" everything is an argument.
         line.setExpandAtFiles(false);
-        line.setStopAtPositional(true);
         line.setParameterExceptionHandler(Console::refuse);
         run.getCommandSpec().usageMessage().footer(DEVICE_NOTES.toArray(new String[0]));
         call.getCommandSpec().usageMessage().footer(callFooter());
@@ -99,7 +114,12 @@ public final class Console implements Callable<Integer> {
                 return "unknown command: " + String.join(" ", unmatched);
             }
             String first = unmatched.get(0);
-            return (first.startsWith("-") ? "unknown option " : "unexpected argument ") + first;
+            if (!first.startsWith("-")) {
+                return "unexpected argument " + first;
+            }
+            boolean call = e.getCommandLine().getCommandName().equals("call");
+            return "unknown option " + first + (call ? " (an argument that begins with - goes after --: "
+                    + "mmi call METHOD -- " + first + ")" : "");
         }
         return e.getMessage();
     }
@@ -107,9 +127,10 @@ public final class Console implements Callable<Integer> {
     /** SERVICE and ANSWER, for run and call. */
     private static final List<String> DEVICE_NOTES = List.of("",
             "SERVICE  " + String.join(", ", DeviceOptions.SERVICES),
-            "ANSWER   nocallback, transport-error, or values separated by commas: 7, true,",
-            "         \"text\", [1,2,3]; quote the whole option for the shell to keep the",
-            "         quotes (a bare word is taken as text: power.getPowerState=5,x)");
+            "ANSWER   nocallback, transport-error, crash, or values separated by commas: 7,",
+            "         true, \"text\", [1,2,3], bytes:HEX; quote the whole option for the shell to",
+            "         keep the quotes (a bare word is taken as text: power.getPowerState=5,x);",
+            "         mmi call --list-ops lists the operations and their answers");
 
     private static String[] callFooter() {
         List<String> lines = new ArrayList<>(DEVICE_NOTES);

@@ -101,10 +101,10 @@ final class DeviceOptions {
         }
         String requoted = Answers.requote(answer.text);
         if (requoted.equals(answer.text)) {
-            return error;
+            return Answers.explain(answer.text, error);
         }
         String again = SimulatedDevice.program(answer.service, answer.operation, requoted);
-        return again == null ? null : error + "; quoted as " + requoted + ": " + again;
+        return again == null ? null : Answers.explain(answer.text, error + "; quoted as " + requoted + ": " + again);
     }
 
     static String service(String name, List<String> allowed) {
@@ -125,6 +125,10 @@ final class DeviceOptions {
     static final class VersionedService implements ITypeConverter<String> {
         @Override
         public String convert(String value) {
+            if (SERVICES.contains(value) && !VERSIONED.contains(value)) {
+                throw new TypeConversionException(value + " has no version 1.1 to withhold (--only-1.0 takes "
+                        + String.join(", ", VERSIONED) + ")");
+            }
             return service(value, VERSIONED);
         }
     }

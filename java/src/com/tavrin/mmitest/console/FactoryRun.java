@@ -8,27 +8,64 @@ import java.io.IOException;
 import java.io.PrintWriter;
 import java.nio.file.Path;
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.List;
+import java.util.Locale;
 import java.util.concurrent.Callable;
+import java.util.regex.Matcher;
+import java.util.regex.Pattern;
 
 import javax.xml.stream.XMLStreamException;
 
 import picocli.CommandLine;
 import picocli.CommandLine.Command;
 import picocli.CommandLine.Mixin;
+import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Option;
 
-/** {@code ./mmi run}: the factory-test sequence, then the service-death drill. */
-@Command(name = "run", sortOptions = false, header = "The factory-test sequence, then a service-death drill",
+/** {@code ./mmi run}: the factory-test sequence, then the service-death drill, then a summary. */
+@Command(name = "run", sortOptions = false, versionProvider = Console.Version.class,
+        header = "The factory-test sequence, then a service-death drill",
         description = {"The factory-test sequence over every native method against the simulated device, one row "
-                + "per step with its verdict, then a drill that kills and revives the power service. The exit "
-                + "code is 0 when every step and every drill check passes."})
+                + "per step with its verdict, then a drill that kills and revives a service (power unless --drill "
+                + "says otherwise). It ends with every failure listed again and one verdict line."},
+        exitCodeListHeading = "%nExit codes:%n",
+        exitCodeList = {"0:every step and drill check run passed",
+            "1:a step or drill check failed, or the library did not load",
+            "2:the command line was refused, or an output file cannot be written"})
 final class FactoryRun implements Callable<Integer> {
-    /** The service the drill kills. */
-    static final String DRILL_SERVICE = "power";
-
     @Mixin
     DeviceOptions device = new DeviceOptions();
+
+    @Option(names = "--list", description = "List the numbered steps (those selected) without running them.")
+    boolean list;
+
+    @Option(names = "--step", split = ",", paramLabel = "N", description = "Run only these steps (numbers from --list).")
+    List<Integer> stepNumbers = new ArrayList<>();
+
+    @Option(names = "-k", paramLabel = "TEXT", description = "Run only the steps whose method name contains TEXT "
+            + "(any case).")
+    String keyword;
+
+    @Option(names = "--repeat", paramLabel = "N", defaultValue = "1",
+            description = "Run the selected steps N times; a step's verdict counts its failed runs.")
+    int repeat;
+
+    @Option(names = {"-x", "--exitfirst"}, description = "Stop at the first failing step; the drill does not run.")
+    boolean exitFirst;
+
+    @Option(names = "--drill", paramLabel = "SERVICE", converter = DeviceOptions.AnyService.class,
+            defaultValue = "power", description = "The service the drill kills (default: ${DEFAULT-VALUE}).")
+    String drillService;
+
+    @Option(names = "--no-drill", description = "Skip the service-death drill.")
+    boolean noDrill;
+
+    @Option(names = "--drill-fault", paramLabel = "FAULT", defaultValue = "kill",
+            description = "How the drill's service dies: kill (the drill kills it and revives it) or crash (it "
+                    + "crashes in the middle of a call and restarts after the restart delay); default: "
+                    + "${DEFAULT-VALUE}.")
+    DrillFault drillFault;
 
     @Option(names = "--junit", paramLabel = "FILE", description = "Write the results as JUnit XML.")
     Path junit;
@@ -36,48 +73,214 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = "--json", paramLabel = "FILE", description = "Write the results as JSON.")
     Path json;
 
+    @Option(names = {"-v", "--verbose"}, description = "Show every log line and call, and cut no cell.")
+    boolean verbose;
+
+    @Option(names = {"-q", "--quiet"}, description = "Print only the failures and the verdict.")
+    boolean quiet;
+
+    @Option(names = "--no-color", description = "No colours, even on a terminal (as does NO_COLOR).")
+    boolean noColor;
+
     @Option(names = {"-h", "--help"}, usageHelp = true, description = "Print this help.")
     boolean help;
+
+    @Option(names = {"-V", "--version"}, versionHelp = true, description = "Print the version.")
+    boolean version;
+
+    enum DrillFault { kill, crash }
 
     /** The command line this command runs in; set when the console's command line is made. */
     CommandLine commandLine;
 
+    private PrintWriter out;
+    private Terminal terminal;
+
     @Override
     public Integer call() {
-        PrintWriter out = commandLine.getOut();
+        long start = System.nanoTime();
+        out = commandLine.getOut();
         PrintWriter err = commandLine.getErr();
+        terminal = Terminal.of(System.getenv(), noColor);
+        List<Step> steps = FactorySequence.steps();
+        List<Integer> chosen;
+        try {
+            chosen = select(steps, stepNumbers, keyword);
+            check();
+        } catch (IllegalArgumentException e) {
+            err.println("mmi run: " + e.getMessage());
+            return Console.USAGE;
+        }
+        if (list) {
+            list(steps, chosen);
+            return Console.OK;
+        }
         String refused = device.apply();
         if (refused != null) {
             err.println("mmi run: " + refused);
             return Console.USAGE;
         }
-        RunReport report = new RunReport(DRILL_SERVICE);
+        RunReport report = new RunReport(Console.version());
+        report.options.addAll(setup());
+        report.selected.addAll(chosen.stream().map(i -> i + 1).toList());
+        report.repeat = repeat;
+        report.drillService = noDrill ? null : drillService;
+        report.drillFault = drillFault.name();
         try {
             report.loadLogs = Natives.startDevice();
         } catch (IllegalStateException e) {
             err.println("mmi run: " + e.getMessage());
             return Console.FAILED;
         }
-        out.println("Library loaded; it wrote:");
-        for (String line : report.loadLogs) {
-            out.println("  log: " + line);
+        if (!quiet) {
+            printLoad(report.loadLogs);
         }
-        out.println();
-        sequence(out, report);
-        out.println();
-        drill(out, report);
+        sequence(report, steps, chosen, err);
+        if (report.drillService != null) {
+            if (report.stopped) {
+                report.drillSkipped = "stopped at the first failure (-x)";
+            } else if (device.absent.contains(drillService)) {
+                report.drillSkipped = drillService + " is absent (--absent " + drillService + ")";
+            } else {
+                drill(report);
+            }
+            if (report.drillSkipped != null && !quiet) {
+                out.println();
+                out.println("drill: skipped, " + report.drillSkipped);
+            }
+        }
+        report.seconds = (System.nanoTime() - start) / 1e9;
+        if (!quiet) {
+            out.println();
+        }
+        for (String[] line : report.summary()) {
+            if (line.length == 1) {
+                out.println(line[0]);
+            } else {
+                Table.verdictLine(out, terminal, verbose, line[0], line[1]);
+            }
+        }
+        String verdict = report.verdictLine();
+        out.println(terminal.paint(report.passed() ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED, verdict));
+        out.flush();
         try {
             if (junit != null) {
                 report.writeJunit(junit);
+                err.println("mmi run: wrote JUnit XML to " + junit);
             }
             if (json != null) {
                 report.writeJson(json);
+                err.println("mmi run: wrote JSON to " + json);
             }
         } catch (IOException | XMLStreamException e) {
-            err.println("mmi run: cannot write the results: " + e);
-            return Console.FAILED;
+            err.println("mmi run: cannot write the results: " + OutputFiles.reason(e));
+            return Console.USAGE;
         }
         return report.passed() ? Console.OK : Console.FAILED;
+    }
+
+    /** Refuses what cannot work, before the device starts. */
+    private void check() {
+        if (repeat < 1 || repeat > 100_000) {
+            throw new IllegalArgumentException("--repeat takes 1 to 100000, got " + repeat);
+        }
+        if (quiet && verbose) {
+            throw new IllegalArgumentException("-q and -v contradict each other; give one");
+        }
+        OutputFiles.check(List.of(new OutputFiles.Output("--junit", junit), new OutputFiles.Output("--json", json)));
+    }
+
+    /**
+     * The indices of the steps --step and -k choose, in sequence order: all of them when neither
+     * is given, those both accept when both are.
+     */
+    static List<Integer> select(List<Step> steps, List<Integer> numbers, String keyword) {
+        for (int n : numbers) {
+            if (n < 1 || n > steps.size()) {
+                throw new IllegalArgumentException("--step " + n + ": the steps are numbered 1 to " + steps.size()
+                        + " (--list shows them)");
+            }
+        }
+        List<Integer> chosen = new ArrayList<>();
+        for (int i = 0; i < steps.size(); i++) {
+            boolean numbered = numbers.isEmpty() || numbers.contains(i + 1);
+            boolean named = keyword == null
+                    || steps.get(i).method.toLowerCase(Locale.ROOT).contains(keyword.toLowerCase(Locale.ROOT));
+            if (numbered && named) {
+                chosen.add(i);
+            }
+        }
+        if (chosen.isEmpty()) {
+            throw new IllegalArgumentException("no step matches -k " + keyword
+                    + (numbers.isEmpty() ? "" : " among --step " + numbers) + " (--list shows the steps)");
+        }
+        return chosen;
+    }
+
+    /** Every option given that shapes the run, as typed, for the results files. */
+    private List<String[]> setup() {
+        List<String> outputOnly = List.of("--junit", "--json", "--verbose", "--quiet", "--no-color", "--list");
+        List<String[]> options = new ArrayList<>();
+        for (OptionSpec o : commandLine.getParseResult().matchedOptions()) {
+            if (outputOnly.contains(o.longestName())) {
+                continue;
+            }
+            List<String> values = o.originalStringValues();
+            if (values.isEmpty()) {
+                options.add(new String[] {o.longestName(), "true"});
+            }
+            for (String v : values) {
+                options.add(new String[] {o.longestName(), v});
+            }
+        }
+        return options;
+    }
+
+    private static final Pattern CONNECTED = Pattern.compile("g_kx(\\w+) linkToDeath");
+
+    /** One line, unless verbose: how many services the library holds a handle to. */
+    private void printLoad(String[] logs) {
+        if (verbose) {
+            out.println("Library loaded; it wrote:");
+            for (String line : logs) {
+                Table.line(out, terminal, true, "  log: " + line);
+            }
+            out.println();
+            return;
+        }
+        List<String> connected = new ArrayList<>();
+        for (String line : logs) {
+            Matcher m = CONNECTED.matcher(line);
+            if (m.find()) {
+                connected.add(serviceOfHandle(m.group(1)));
+            }
+        }
+        List<String> missing = new ArrayList<>(DeviceOptions.SERVICES);
+        missing.removeAll(connected);
+        out.println("library loaded: " + (DeviceOptions.SERVICES.size() - missing.size()) + " of "
+                + DeviceOptions.SERVICES.size() + " services connected"
+                + (missing.isEmpty() ? "" : " (" + String.join(", ", missing) + " missing)"));
+        out.println();
+    }
+
+    /** The service behind one of the library's handles: g_kxFactoryInterface is the factory's. */
+    static String serviceOfHandle(String handle) {
+        String name = handle.toLowerCase(Locale.ROOT);
+        return name.equals("factoryinterface") ? "factory" : name;
+    }
+
+    private void list(List<Step> steps, List<Integer> chosen) {
+        List<String[]> rows = new ArrayList<>();
+        for (int i : chosen) {
+            Step s = steps.get(i);
+            rows.add(new String[] {String.valueOf(i + 1), s.method, StepRecord.shownArguments(s.args, " "),
+                s.expect.shown});
+        }
+        Table table = new Table(out, terminal, verbose, new String[] {"#", "method", "arguments", "healthy answer"},
+                Table.widest(rows), new int[] {2, 24, 10, 10});
+        for (String[] row : rows) {
+            table.plain(row);
+        }
     }
 
     /** Runs a step and judges its answer. */
@@ -85,38 +288,96 @@ final class FactoryRun implements Callable<Integer> {
         StepRecord r = StepRecord.invoke(step.resolve(), step.args);
         r.expected = step.expect.shown;
         r.passed = r.thrown == null && step.expect.test(r.result);
+        r.failedRuns = r.passed ? 0 : 1;
         return r;
     }
 
-    /** Runs every step and prints one row each, with its log lines when it fails. */
-    static void sequence(PrintWriter out, RunReport report) {
-        List<Step> steps = FactorySequence.steps();
-        Table table = new Table(new int[] {0, 0, 30, 34, 0, 0},
-                "#", "method", "arguments", "answer", "verdict", "healthy answer");
-        for (int i = 0; i < steps.size(); i++) {
-            Step step = steps.get(i);
-            StepRecord r = run(step);
-            report.steps.add(r);
-            table.row(String.valueOf(i + 1), step.method, r.shownArguments(" "), r.shown(),
-                    r.passed ? "PASS" : "FAIL", step.expect.shown);
-            if (step.showCalls) {
-                for (String call : r.calls) {
-                    table.note("service received: " + call);
+    /**
+     * Runs the chosen steps, repeat times. A single round prints each row as its step ends; rounds
+     * print a line each on stderr and the table once they are done, a row per step with its count
+     * of failed runs.
+     */
+    private void sequence(RunReport report, List<Step> steps, List<Integer> chosen, PrintWriter err) {
+        StepRecord[] records = new StepRecord[chosen.size()];
+        Table table = null;
+        if (!quiet) {
+            out.println("Factory-test sequence");
+            table = repeat == 1 ? sequenceTable(steps, chosen) : null;
+        }
+        for (int round = 1; round <= repeat && !report.stopped; round++) {
+            int failed = 0;
+            for (int k = 0; k < chosen.size(); k++) {
+                Step step = steps.get(chosen.get(k));
+                StepRecord r = run(step);
+                r.number = chosen.get(k) + 1;
+                records[k] = records[k] == null ? r : StepRecord.merge(records[k], r);
+                if (table != null) {
+                    printStep(table, step, r);
+                }
+                failed += r.passed ? 0 : 1;
+                if (!r.passed && exitFirst) {
+                    report.stopped = true;
+                    break;
                 }
             }
-            r.fields.forEach((name, value) -> table.note("MmiNativeManager." + name + " = " + Values.format(value)));
-            if (!r.passed) {
-                for (String line : r.logs) {
-                    table.note("log: " + line);
-                }
+            if (repeat > 1) {
+                err.println("mmi run: round " + round + " of " + repeat + ": " + failed + " of "
+                        + RunReport.count(chosen.size(), "step") + " failed");
             }
         }
-        long methods = steps.stream().map(s -> s.method).distinct().count();
+        for (StepRecord r : records) {
+            if (r != null) {
+                report.steps.add(r);
+            }
+        }
+        if (quiet) {
+            return;
+        }
+        if (table == null) {
+            table = sequenceTable(steps, chosen);
+            for (StepRecord r : report.steps) {
+                printStep(table, steps.get(r.number - 1), r);
+            }
+        }
         int failed = report.failedSteps();
-        out.println("Factory-test sequence");
-        table.print(out);
-        out.println("sequence: " + (steps.size() - failed) + " passed, " + failed + " failed of " + steps.size()
-                + " steps over " + methods + " methods");
+        long methods = report.steps.stream().map(s -> s.method).distinct().count();
+        out.println("sequence: " + (report.steps.size() - failed) + " passed, " + failed + " failed of "
+                + RunReport.count(report.steps.size(), "step") + " over " + RunReport.count((int) methods, "method")
+                + (report.stopped ? "; stopped at the first failure (-x)" : ""));
+    }
+
+    private Table sequenceTable(List<Step> steps, List<Integer> chosen) {
+        List<String[]> rows = new ArrayList<>();
+        for (int i : chosen) {
+            Step s = steps.get(i);
+            rows.add(new String[] {"FAIL", String.valueOf(i + 1), s.method + "(" + StepRecord.shownArguments(s.args, ", ")
+                + ")", s.expect.shown});
+        }
+        int[] wanted = Table.widest(rows);
+        // The answer is not known yet: it may take what a long healthy answer would.
+        wanted[3] = Math.max(wanted[3], 30);
+        return new Table(out, terminal, verbose, new String[] {"", "#", "call", "answer"}, wanted,
+                new int[] {4, 2, 30, 12});
+    }
+
+    private void printStep(Table table, Step step, StepRecord r) {
+        table.row(r.passed ? "PASS" : "FAIL", String.valueOf(r.number), r.method + "(" + r.shownArguments(", ") + ")",
+                r.shown());
+        if (!r.passed) {
+            table.note("healthy answer: " + r.expected + (r.runs > 1 ? "; " + r.failedRuns + " of " + r.runs
+                    + " runs failed" : ""));
+        }
+        if (step.showCalls || verbose) {
+            for (String call : r.calls) {
+                table.note("service received: " + call);
+            }
+        }
+        r.fields.forEach((name, value) -> table.note("MmiNativeManager." + name + " = " + Values.format(value)));
+        if (!r.passed || verbose) {
+            for (String line : r.logs) {
+                table.note("log: " + line);
+            }
+        }
     }
 
     /**
@@ -124,14 +385,23 @@ final class FactoryRun implements Callable<Integer> {
      * probe that answered before must answer its failure value without reaching a service; after the
      * registration report every probe must answer as before.
      */
-    static void drill(PrintWriter out, RunReport report) {
-        out.println("Service-death drill: kill " + DRILL_SERVICE + ", then revive it");
+    private void drill(RunReport report) {
+        String service = report.drillService;
+        if (!quiet) {
+            out.println();
+            out.println("Service-death drill: " + (drillFault == DrillFault.kill ? "kill " + service + ", then revive it"
+                    : "crash " + service + " in a call, then let it restart"));
+        }
         SimulatedDevice.takeLogs();
         SimulatedDevice.takeCalls();
         List<Probe> probes = FactorySequence.probes();
         List<StepRecord> before = probe(probes);
 
-        SimulatedDevice.kill(DRILL_SERVICE);
+        String refused = fault(service, probes, before);
+        if (refused != null) {
+            report.drillSkipped = refused;
+            return;
+        }
         SimulatedDevice.waitIdle();
         report.killLogs = SimulatedDevice.takeLogs();
         SimulatedDevice.takeCalls();
@@ -144,13 +414,17 @@ final class FactoryRun implements Callable<Integer> {
         }
         report.downLogs = downLogs.toArray(new String[0]);
 
-        SimulatedDevice.revive(DRILL_SERVICE);
+        if (drillFault == DrillFault.crash) {
+            SimulatedDevice.waitRestarts();
+        }
+        // A crashed service that is never restarted (--restart-delay never) is revived as a killed one is.
+        SimulatedDevice.revive(service);
         SimulatedDevice.waitIdle();
         report.reviveLogs = SimulatedDevice.takeLogs();
         SimulatedDevice.takeCalls();
         List<StepRecord> after = probe(probes);
 
-        Table table = new Table(new int[6], "service", "request", "before", "while down", "after revive", "check");
+        List<String[]> rows = new ArrayList<>();
         int killedHealthy = 0;
         int othersHealthy = 0;
         for (int i = 0; i < probes.size(); i++) {
@@ -159,44 +433,101 @@ final class FactoryRun implements Callable<Integer> {
             StepRecord d = down.get(i);
             StepRecord a = after.get(i);
             String request = p.step.method + "(" + b.shownArguments(", ") + ")";
-            String verdict;
+            String why;
             RunReport.Status status;
             if (!b.passed) {
-                verdict = "not checked: failing before the kill";
+                why = "failing before the kill";
                 status = RunReport.Status.SKIPPED;
             } else {
-                if (p.service.equals(DRILL_SERVICE)) {
+                if (p.service.equals(service)) {
                     killedHealthy++;
                 } else {
                     othersHealthy++;
                 }
                 boolean released = d.thrown == null && p.step.isFailureValue(d.result);
                 boolean restored = a.passed && b.shown().equals(a.shown());
-                verdict = released && restored ? "ok" : !released ? "FAIL: answered while down" : "FAIL: not restored";
+                why = released && restored ? "ok" : !released ? "answered while down" : "not restored";
                 status = released && restored ? RunReport.Status.OK : RunReport.Status.FAIL;
             }
-            report.checks.add(new RunReport.DrillCheck(p.service + ": " + request, status, verdict,
+            report.checks.add(new RunReport.DrillCheck(p.service + ": " + request, status, why,
                     List.of("before: " + b.shown(), "while down: " + d.shown(), "after revive: " + a.shown())));
-            table.row(p.service, request, b.shown(), d.shown(), a.shown(), verdict);
+            rows.add(new String[] {RunReport.verdict(status), p.service, request, d.shown(), a.shown(),
+                (status == RunReport.Status.SKIPPED ? "not checked: " : "") + why + "; before: " + b.shown()
+                        + ", while down: " + d.shown() + ", after revive: " + a.shown()});
         }
         report.line(killedHealthy > 0, "requests answer before the kill", killedHealthy + " request(s) of "
-                + DRILL_SERVICE + " and " + othersHealthy + " of other services answered before the kill");
+                + service + " and " + othersHealthy + " of other services answered before the kill");
         report.line(contains(report.killLogs, "ProcessServiceDied"), "the death is reported", "the death is reported");
         report.line(downCalls == 0, "no service is called while down",
                 "no service is called while the handles are released (" + downCalls + " calls)");
         report.line(contains(report.reviveLogs, "ReinitHal"), "the new registration is reported",
                 "the new registration is reported");
+        if (!quiet) {
+            printDrill(report, rows);
+        }
+    }
 
-        table.print(out);
-        printLogs(out, "at the kill", report.killLogs);
-        printLogs(out, "while down", report.downLogs);
-        printLogs(out, "at the revival", report.reviveLogs);
-        for (RunReport.DrillCheck c : report.checks) {
-            if (c.detail.isEmpty()) {
-                out.println("  " + (c.status == RunReport.Status.OK ? "ok    " : "FAIL  ") + c.message);
+    private void printDrill(RunReport report, List<String[]> rows) {
+        String[] header = {"", "service", "request", "while down",
+            drillFault == DrillFault.kill ? "after revive" : "after restart"};
+        Table table = new Table(out, terminal, verbose, header, Table.widest(rows), new int[] {4, 12, 16, 8, 8});
+        for (String[] row : rows) {
+            table.row(Arrays.copyOf(row, header.length));
+            if (!row[0].equals("PASS")) {
+                table.note(row[header.length]);
             }
         }
-        out.println("drill: " + report.passedChecks() + " of " + report.countedChecks() + " checks passed");
+        for (RunReport.DrillCheck c : report.checks) {
+            if (c.detail.isEmpty()) {
+                Table.verdictLine(out, terminal, verbose, RunReport.verdict(c.status), c.message);
+            }
+        }
+        if (verbose || report.passedChecks() < report.countedChecks()) {
+            printLogs("at the kill", report.killLogs);
+            printLogs("while down", report.downLogs);
+            printLogs("at the revival", report.reviveLogs);
+        }
+        out.println("drill: " + report.passedChecks() + " of " + report.countedChecks() + " checks passed"
+                + (report.countedChecks() < report.checks.size()
+                        ? ", " + (report.checks.size() - report.countedChecks()) + " not checked" : ""));
+    }
+
+    /**
+     * Takes the drill's service down: kills it, or makes the operation its first probe reaches
+     * crash under that probe, then puts the operation's answer back as the command line set it.
+     * Null when done, else why the drill cannot run.
+     */
+    private String fault(String service, List<Probe> probes, List<StepRecord> before) {
+        if (drillFault == DrillFault.kill) {
+            SimulatedDevice.kill(service);
+            return null;
+        }
+        for (int i = 0; i < probes.size(); i++) {
+            String[] calls = before.get(i).calls;
+            if (!probes.get(i).service.equals(service) || calls.length == 0) {
+                continue;
+            }
+            String operation = calls[0].substring(service.length() + 1, calls[0].indexOf('('));
+            String error = SimulatedDevice.program(service, operation, "crash");
+            if (error != null) {
+                return "the device cannot crash " + service + "." + operation + ": " + error;
+            }
+            // The call's log lines and the death's stay for the drill to collect as the kill's.
+            try {
+                Natives.invoke(probes.get(i).step.resolve(), probes.get(i).step.args);
+            } catch (Throwable t) {
+                return "the crashing call of " + service + "." + operation + " threw " + t;
+            }
+            SimulatedDevice.resetAnswers();
+            for (DeviceOptions.Answer a : device.answers) {
+                String refused = DeviceOptions.program(a);
+                if (refused != null) {
+                    return "cannot program --answer " + a + " again: " + refused;
+                }
+            }
+            return null;
+        }
+        return "no probe of " + service + " reaches it";
     }
 
     private static List<StepRecord> probe(List<Probe> probes) {
@@ -216,62 +547,10 @@ final class FactoryRun implements Callable<Integer> {
         return false;
     }
 
-    private static void printLogs(PrintWriter out, String when, String[] lines) {
+    private void printLogs(String when, String[] lines) {
         out.println("Log " + when + ":");
         for (String line : lines) {
-            out.println("  log: " + line);
-        }
-    }
-
-    /** Columns as wide as their widest cell up to a limit; longer cells are cut with "...". */
-    static final class Table {
-        private final int[] limits;
-        private final List<String[]> rows = new ArrayList<>();
-        private final List<List<String>> notes = new ArrayList<>();
-
-        /** limits: the widest each column's cells may be, 0 for no limit. */
-        Table(int[] limits, String... header) {
-            this.limits = limits;
-            rows.add(header);
-            notes.add(new ArrayList<>());
-        }
-
-        void row(String... cells) {
-            rows.add(cells);
-            notes.add(new ArrayList<>());
-        }
-
-        /** A line under the last row. */
-        void note(String line) {
-            notes.get(notes.size() - 1).add(line);
-        }
-
-        static String cut(String cell, int limit) {
-            return limit == 0 || cell.length() <= limit ? cell : cell.substring(0, limit - 3) + "...";
-        }
-
-        void print(PrintWriter out) {
-            int columns = rows.get(0).length;
-            int[] width = new int[columns];
-            for (String[] row : rows) {
-                for (int c = 0; c < columns; c++) {
-                    width[c] = Math.max(width[c], cut(row[c], limits[c]).length());
-                }
-            }
-            for (int r = 0; r < rows.size(); r++) {
-                StringBuilder line = new StringBuilder(" ");
-                for (int c = 0; c < columns; c++) {
-                    String cell = cut(rows.get(r)[c], limits[c]);
-                    line.append(' ').append(cell);
-                    if (c + 1 < columns) {
-                        line.append(" ".repeat(width[c] - cell.length() + 1));
-                    }
-                }
-                out.println(line);
-                for (String note : notes.get(r)) {
-                    out.println("      " + note);
-                }
-            }
+            Table.line(out, terminal, verbose, "  log: " + line);
         }
     }
 }

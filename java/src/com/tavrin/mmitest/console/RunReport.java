@@ -8,8 +8,9 @@ import java.io.Writer;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.time.LocalDateTime;
+import java.time.OffsetDateTime;
 import java.time.format.DateTimeFormatter;
+import java.time.temporal.ChronoUnit;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Locale;
@@ -40,8 +41,22 @@ final class RunReport {
         }
     }
 
-    final String drillService;
-    final String timestamp = LocalDateTime.now().format(DateTimeFormatter.ofPattern("yyyy-MM-dd'T'HH:mm:ss"));
+    final String version;
+    final OffsetDateTime started = OffsetDateTime.now().truncatedTo(ChronoUnit.SECONDS);
+    final String timestamp = started.toLocalDateTime().format(DateTimeFormatter.ofPattern("yyyy-MM-dd'T'HH:mm:ss"));
+    /** The options that shaped the run, as typed: name and value. */
+    final List<String[]> options = new ArrayList<>();
+    /** The numbers of the steps chosen to run, each run repeat times. */
+    final List<Integer> selected = new ArrayList<>();
+    int repeat = 1;
+    /** Whether -x stopped the sequence at a failure. */
+    boolean stopped;
+    /** The service the drill kills and how, null when asked to run no drill; why it did not run when it did not. */
+    String drillService;
+    String drillFault = "kill";
+    String drillSkipped;
+    /** From the start of the command to the end of the drill. */
+    double seconds;
     String[] loadLogs = new String[0];
     final List<StepRecord> steps = new ArrayList<>();
     final List<DrillCheck> checks = new ArrayList<>();
@@ -49,8 +64,12 @@ final class RunReport {
     String[] downLogs = new String[0];
     String[] reviveLogs = new String[0];
 
-    RunReport(String drillService) {
-        this.drillService = drillService;
+    RunReport(String version) {
+        this.version = version;
+    }
+
+    boolean drillRan() {
+        return drillService != null && drillSkipped == null;
     }
 
     /** A check shown on a line of its own. */
@@ -74,6 +93,101 @@ final class RunReport {
         return failedSteps() == 0 && passedChecks() == countedChecks();
     }
 
+    static String verdict(Status status) {
+        return status == Status.OK ? "PASS" : status == Status.FAIL ? "FAIL" : "SKIP";
+    }
+
+    static String count(int n, String noun) {
+        return n + " " + noun + (n == 1 ? "" : "s");
+    }
+
+    /**
+     * The closing summary before the verdict line: every failed step and drill check again, then
+     * every probe that could not be checked. Each line is a verdict and a text, or a heading alone.
+     */
+    List<String[]> summary() {
+        List<String[]> lines = new ArrayList<>();
+        for (StepRecord s : steps) {
+            if (!s.passed) {
+                lines.add(new String[] {"FAIL", "step " + s.number + " " + s.method + "(" + s.shownArguments(", ")
+                        + "): " + (s.runs > 1 ? s.failedRuns + " of " + s.runs + " runs failed; " : "") + "answered "
+                        + s.shown() + ", healthy answer " + s.expected});
+            }
+        }
+        for (DrillCheck c : checks) {
+            if (c.status == Status.FAIL) {
+                lines.add(new String[] {"FAIL", "drill " + c.name + ": " + c.message
+                        + (c.detail.isEmpty() ? "" : " (" + String.join(", ", c.detail) + ")")});
+            }
+        }
+        if (!lines.isEmpty()) {
+            lines.add(0, new String[] {"Failures:"});
+        }
+        boolean heading = false;
+        for (DrillCheck c : checks) {
+            if (c.status == Status.SKIPPED) {
+                if (!heading) {
+                    lines.add(new String[] {"Not checked:"});
+                    heading = true;
+                }
+                lines.add(new String[] {"SKIP", "drill " + c.name + ": " + c.message});
+            }
+        }
+        return lines;
+    }
+
+    /** The last line: PASSED or FAILED, the counts and the time taken. */
+    String verdictLine() {
+        List<String> parts = new ArrayList<>();
+        boolean passed = passed();
+        int steps = this.steps.size();
+        parts.add((passed ? steps : failedSteps()) + " of " + count(steps, "step"));
+        if (drillRan()) {
+            int counted = countedChecks();
+            parts.add((passed ? counted : counted - passedChecks()) + " of " + count(counted, "drill check"));
+        }
+        String line = (passed ? "PASSED: " : "FAILED: ") + String.join(", ", parts) + (passed ? " passed" : " failed");
+        int notChecked = checks.size() - countedChecks();
+        if (notChecked > 0) {
+            line += ", " + notChecked + " not checked";
+        }
+        if (stopped) {
+            line += ", stopped at the first failure (-x)";
+        } else if (drillService != null && drillSkipped != null) {
+            line += ", drill skipped: " + drillSkipped;
+        }
+        String runs = repeat > 1 ? repeat + " runs of each step, " : "";
+        return line + String.format(Locale.ROOT, " (%s%.1f s)", runs, seconds);
+    }
+
+    /** The run's setup, one name and value each, as JUnit properties carry it. */
+    List<String[]> properties() {
+        List<String[]> p = new ArrayList<>();
+        p.add(new String[] {"version", version});
+        p.add(new String[] {"started", started.toString()});
+        for (String[] o : options) {
+            p.add(new String[] {o[0], o[1]});
+        }
+        p.add(new String[] {"steps", ranges(selected)});
+        p.add(new String[] {"repeat", String.valueOf(repeat)});
+        p.add(new String[] {"drill", drillService == null ? "none" : drillService + " " + drillFault
+                + (drillSkipped == null ? "" : ", skipped: " + drillSkipped)});
+        return p;
+    }
+
+    /** Numbers as 1-12,15,20-22. */
+    static String ranges(List<Integer> numbers) {
+        List<String> parts = new ArrayList<>();
+        for (int i = 0; i < numbers.size(); i++) {
+            int first = numbers.get(i);
+            while (i + 1 < numbers.size() && numbers.get(i + 1) == numbers.get(i) + 1) {
+                i++;
+            }
+            parts.add(first == numbers.get(i) ? String.valueOf(first) : first + "-" + numbers.get(i));
+        }
+        return String.join(",", parts);
+    }
+
     void writeJson(Path file) throws IOException {
         try (Writer text = Files.newBufferedWriter(file, StandardCharsets.UTF_8);
                 JsonWriter out = Values.jsonWriter(text)) {
@@ -85,19 +199,46 @@ final class RunReport {
     void writeJson(JsonWriter out) throws IOException {
         out.beginObject();
         out.name("passed").value(passed());
+        out.name("version").value(version);
         out.name("timestamp").value(timestamp);
+        out.name("started").value(started.toString());
+        out.name("duration_ms").value(Math.round(seconds * 1e3));
+        out.name("setup").beginObject();
+        out.name("options").beginArray();
+        for (String[] o : options) {
+            out.beginObject().name("option").value(o[0]).name("value").value(o[1]).endObject();
+        }
+        out.endArray();
+        out.name("steps").beginArray();
+        for (int n : selected) {
+            out.value(n);
+        }
+        out.endArray();
+        out.name("repeat").value(repeat);
+        out.name("drill").value(drillService);
+        out.name("drill_fault").value(drillFault);
+        out.endObject();
         StepRecord.writeLogs(out, "load_logs", loadLogs);
         out.name("sequence").beginObject();
         out.name("passed").value(steps.size() - failedSteps());
         out.name("failed").value(failedSteps());
+        out.name("stopped_at_first_failure").value(stopped);
         out.name("steps").beginArray();
         for (StepRecord s : steps) {
             s.writeJson(out);
         }
         out.endArray();
         out.endObject();
-        out.name("drill").beginObject();
+        out.name("drill");
+        if (drillService == null) {
+            out.nullValue();
+            out.endObject();
+            return;
+        }
+        out.beginObject();
         out.name("service").value(drillService);
+        out.name("fault").value(drillFault);
+        out.name("skipped").value(drillSkipped);
         out.name("passed").value(passedChecks());
         out.name("failed").value(countedChecks() - passedChecks());
         out.name("checks").beginArray();
@@ -137,24 +278,26 @@ final class RunReport {
         int stepErrors = (int) steps.stream().filter(s -> s.thrown != null).count();
         int stepFailures = failedSteps() - stepErrors;
         int checkFailures = countedChecks() - passedChecks();
-        int skipped = checks.size() - countedChecks();
+        int skipped = checks.size() - countedChecks() + (drillService != null && drillSkipped != null ? 1 : 0);
         double seconds = steps.stream().mapToDouble(s -> s.seconds).sum();
 
         out.writeStartDocument("UTF-8", "1.0");
         out.writeCharacters("\n");
         out.writeStartElement("testsuites");
         out.writeAttribute("name", "mmi run");
-        counts(out, steps.size() + checks.size(), stepFailures + checkFailures, stepErrors, skipped, seconds);
+        int drillCases = drillService == null ? 0 : drillSkipped == null ? checks.size() : 1;
+        counts(out, steps.size() + drillCases, stepFailures + checkFailures, stepErrors, skipped, seconds);
 
         suite(out, 0, "factory-test sequence", steps.size(), stepFailures, stepErrors, 0, seconds);
         for (int i = 0; i < steps.size(); i++) {
             StepRecord s = steps.get(i);
-            testcase(out, "mmi.sequence", String.format(Locale.ROOT, "%02d %s", i + 1, s.method), s.seconds);
+            testcase(out, "mmi.sequence", String.format(Locale.ROOT, "%02d %s", s.number, s.method), s.seconds);
             if (!s.passed) {
                 List<String> text = new ArrayList<>(List.of("method: " + s.method,
                         "arguments: " + s.shownArguments(" "), "answer: " + s.shown(), "healthy answer: " + s.expected));
                 text.addAll(s.detail());
-                String message = s.method + " answered " + s.shown() + ", healthy answer " + s.expected;
+                String message = (s.runs > 1 ? s.failedRuns + " of " + s.runs + " runs failed; " : "") + s.method
+                        + " answered " + s.shown() + ", healthy answer " + s.expected;
                 outcome(out, s.thrown != null ? "error" : "failure", message, String.join("\n", text));
             }
             element(out, "system-out", String.join("\n", s.detail()));
@@ -164,25 +307,35 @@ final class RunReport {
         out.writeEndElement();
         out.writeCharacters("\n");
 
-        suite(out, 1, "service-death drill: kill " + drillService + ", then revive it", checks.size(), checkFailures,
-                0, skipped, 0);
-        for (DrillCheck c : checks) {
-            testcase(out, "mmi.drill", c.name, 0);
-            if (c.status == Status.SKIPPED) {
+        if (drillService != null) {
+            boolean ran = drillSkipped == null;
+            suite(out, 1, "service-death drill: " + drillFault + " " + drillService + ", then revive it",
+                    ran ? checks.size() : 1, checkFailures, 0, ran ? skipped : 1, 0);
+            if (!ran) {
+                testcase(out, "mmi.drill", "drill", 0);
                 out.writeEmptyElement("skipped");
-                out.writeAttribute("message", xmlText(c.message));
-            } else if (c.status == Status.FAIL) {
-                List<String> text = new ArrayList<>(c.detail);
-                addLogs(text, "at the kill", killLogs);
-                addLogs(text, "while down", downLogs);
-                addLogs(text, "at the revival", reviveLogs);
-                outcome(out, "failure", c.message, String.join("\n", text));
+                out.writeAttribute("message", xmlText("skipped: " + drillSkipped));
+                out.writeEndElement();
+                out.writeCharacters("\n");
+            }
+            for (DrillCheck c : checks) {
+                testcase(out, "mmi.drill", c.name, 0);
+                if (c.status == Status.SKIPPED) {
+                    out.writeEmptyElement("skipped");
+                    out.writeAttribute("message", xmlText(c.message));
+                } else if (c.status == Status.FAIL) {
+                    List<String> text = new ArrayList<>(c.detail);
+                    addLogs(text, "at the kill", killLogs);
+                    addLogs(text, "while down", downLogs);
+                    addLogs(text, "at the revival", reviveLogs);
+                    outcome(out, "failure", c.message, String.join("\n", text));
+                }
+                out.writeEndElement();
+                out.writeCharacters("\n");
             }
             out.writeEndElement();
             out.writeCharacters("\n");
         }
-        out.writeEndElement();
-        out.writeCharacters("\n");
         out.writeEndElement();
         out.writeCharacters("\n");
         out.writeEndDocument();
@@ -198,6 +351,14 @@ final class RunReport {
         out.writeAttribute("hostname", "localhost");
         out.writeAttribute("timestamp", timestamp);
         counts(out, tests, failures, errors, skipped, seconds);
+        out.writeCharacters("\n  ");
+        out.writeStartElement("properties");
+        for (String[] p : properties()) {
+            out.writeEmptyElement("property");
+            out.writeAttribute("name", xmlText(p[0]));
+            out.writeAttribute("value", xmlText(p[1]));
+        }
+        out.writeEndElement();
         out.writeCharacters("\n");
     }
 
@@ -207,7 +368,7 @@ final class RunReport {
         out.writeAttribute("failures", String.valueOf(failures));
         out.writeAttribute("errors", String.valueOf(errors));
         out.writeAttribute("skipped", String.valueOf(skipped));
-        out.writeAttribute("time", String.format(Locale.ROOT, "%.3f", seconds));
+        out.writeAttribute("time", String.format(Locale.ROOT, "%.6f", seconds));
     }
 
     private static void testcase(XMLStreamWriter out, String classname, String name, double seconds)
@@ -216,7 +377,7 @@ final class RunReport {
         out.writeStartElement("testcase");
         out.writeAttribute("classname", classname);
         out.writeAttribute("name", xmlText(name));
-        out.writeAttribute("time", String.format(Locale.ROOT, "%.3f", seconds));
+        out.writeAttribute("time", String.format(Locale.ROOT, "%.6f", seconds));
     }
 
     private static void outcome(XMLStreamWriter out, String kind, String message, String text)

@@ -27,10 +27,15 @@ final class StepRecord {
     String[] calls;
     /** The static fields the call wrote, with what it wrote, in declaration order. */
     final Map<String, Object> fields = new LinkedHashMap<>();
+    /** Time spent in the method, over every run of the step. */
     double seconds;
-    /** Set by the sequence: what a healthy device answers, and whether the answer was that. */
+    /** Set by the sequence: what a healthy device answers, and whether every run answered that. */
     String expected;
     boolean passed = true;
+    /** Set by the sequence: the step's position in it, how often it ran and how often it failed. */
+    int number;
+    int runs = 1;
+    int failedRuns;
 
     StepRecord(String method, Object[] args) {
         this.method = method;
@@ -78,7 +83,25 @@ final class StepRecord {
         return thrown != null ? "threw " + thrown : Values.format(result);
     }
 
+    /**
+     * Two runs of one step as one: the first failing run tells what went wrong, so it stands for
+     * both; times and counts add up.
+     */
+    static StepRecord merge(StepRecord earlier, StepRecord later) {
+        StepRecord shown = earlier.failedRuns == 0 && later.failedRuns > 0 ? later : earlier;
+        shown.seconds = earlier.seconds + later.seconds;
+        shown.runs = earlier.runs + later.runs;
+        shown.failedRuns = earlier.failedRuns + later.failedRuns;
+        shown.passed = shown.failedRuns == 0;
+        shown.number = earlier.number;
+        return shown;
+    }
+
     String shownArguments(String separator) {
+        return shownArguments(args, separator);
+    }
+
+    static String shownArguments(Object[] args, String separator) {
         List<String> shown = new ArrayList<>();
         for (Object a : args) {
             shown.add(Values.format(a));
@@ -115,8 +138,12 @@ final class StepRecord {
             Values.write(out, result);
         }
         if (expected != null) {
+            out.name("number").value(number);
             out.name("expected").value(expected);
             out.name("passed").value(passed);
+            out.name("runs").value(runs);
+            out.name("failed_runs").value(failedRuns);
+            out.name("duration_ms").value(Math.round(seconds * 1e6) / 1e3);
         }
         writeLogs(out, "logs", logs);
         out.name("calls").beginArray();

@@ -49,7 +49,7 @@ final class Values {
             try {
                 return Long.parseLong(integerText(text));
             } catch (NumberFormatException e) {
-                throw new IllegalArgumentException("not a long: " + text);
+                throw new IllegalArgumentException(outOfRange(text, "long", Long.MIN_VALUE, Long.MAX_VALUE));
             }
         }
         if (type == boolean.class) {
@@ -77,8 +77,16 @@ final class Values {
         try {
             return Integer.parseInt(integerText(text));
         } catch (NumberFormatException e) {
-            throw new IllegalArgumentException("not an int: " + text);
+            throw new IllegalArgumentException(outOfRange(text, "int", Integer.MIN_VALUE, Integer.MAX_VALUE));
         }
+    }
+
+    /** Why a text is not an integer of the type: not decimal, or too large. */
+    private static String outOfRange(String text, String type, long min, long max) {
+        if (DECIMAL.matcher(text).matches()) {
+            return text + " is out of range for " + type + " (" + min + " to " + max + ")";
+        }
+        return "not " + (type.equals("int") ? "an " : "a ") + type + " (decimal digits, - in front when negative): " + text;
     }
 
     /** Only plain decimal: no '+', no blanks, nothing the parsers would quietly accept. */
@@ -132,6 +140,12 @@ final class Values {
             object = type.getConstructor().newInstance();
         } catch (ReflectiveOperationException e) {
             throw new IllegalArgumentException("cannot make a " + type.getSimpleName() + " from the command line");
+        }
+        int end = Answers.objectEnd(text);
+        if (end > 0 && !text.substring(end).isBlank()) {
+            int at = end + (text.length() - end - text.substring(end).stripLeading().length());
+            throw new IllegalArgumentException("unexpected text after the record at position " + at + " of " + text
+                    + " (the record ends at its closing })");
         }
         JsonElement e = json(Answers.quoteBareMembers(text), false);
         if (!e.isJsonObject()) {

@@ -101,4 +101,10 @@ public final class SimulatedDevice {
 
     /** Names of the service's operations that the native library calls, in position order. */
     public static native String[] operations(String service);
+
+    /**
+     * What each operation of operations(service) answers, in the same order: "value: int64" or
+     * "callback: int32 resultCode, int32[] samples".
+     */
+    public static native String[] shapes(String service);
 }

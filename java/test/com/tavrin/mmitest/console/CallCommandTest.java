@@ -50,13 +50,23 @@ class CallCommandTest {
     }
 
     @Test
-    void afterTheMethodAnOptionNameIsAnArgument() {
-        assertEquals(List.of("--answer"), List.of(CallCommand.parse(List.of("getPowerStateNative", "--answer")).arguments));
+    void optionsAfterTheMethod() {
+        CallCommand r = CallCommand.parse(List.of("setTestCycleNative", "--absent", "light", "-3", "--json", "4"));
+        assertEquals(List.of(List.of("light"), true, List.of(-3, 4)), List.of(r.device.absent, r.json, List.of(r.arguments)));
+    }
+
+    @Test
+    void afterTwoDashesEverythingIsAnArgument() {
+        CallCommand r = CallCommand.parse(List.of("getPowerStateNative", "--", "--answer"));
+        assertEquals(List.of("--answer"), List.of(r.arguments));
     }
 
     @ParameterizedTest(name = "{0}")
     @CsvSource(delimiter = '|', value = {
-        "--only-1.0 power getBsnNative | factory, display, sensors",
+        "--only-1.0 power getBsnNative | power has no version 1.1 to withhold",
+        "--only-1.0 nowhere getBsnNative | unknown service nowhere",
+        "getBsnNative --bogus | goes after --: mmi call METHOD -- --bogus",
+        "setTestCycleNative 2147483648 1 | 2147483648 is out of range for int",
         "--answer power=5 getBsnNative | SERVICE.OPERATION=ANSWER",
         "--absent | needs a value",
         "--absent nowhere getBsnNative | unknown service nowhere",
@@ -73,5 +83,19 @@ class CallCommandTest {
         IllegalArgumentException e = assertThrows(IllegalArgumentException.class,
                 () -> CallCommand.parse(List.of(line.split(" "))));
         assertTrue(e.getMessage().contains(reason), e.getMessage());
+    }
+
+    /** The device's refusal, with the accepted forms where the user went wrong. */
+    @ParameterizedTest(name = "{0}")
+    @CsvSource(delimiter = '|', value = {
+        "nocalback | unknown answer keyword nocalback (did you mean nocallback?); an answer is nocallback, "
+            + "transport-error, crash, or values",
+        "transport_eror | (did you mean transport-error?)",
+        "NoCallBack | (did you mean nocallback?)",
+        "0,bytes:4g | column 9: bytes: needs pairs of hex digits; bytes:HEX takes pairs of hex digits 0-9 a-f",
+        "banana | device says no"})
+    void refusedAnswersNameTheAcceptedForms(String answer, String message) {
+        String device = answer.contains("bytes:") ? "column 9: bytes: needs pairs of hex digits" : "device says no";
+        assertTrue(Answers.explain(answer, device).contains(message), Answers.explain(answer, device));
     }
 }

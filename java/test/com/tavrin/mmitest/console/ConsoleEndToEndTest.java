@@ -1,23 +1,28 @@
 package com.tavrin.mmitest.console;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.google.gson.JsonObject;
 import com.google.gson.JsonParser;
 
+import java.io.File;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Map;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
 
+import org.junit.jupiter.api.Tag;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.Arguments;
+import org.junit.jupiter.params.provider.CsvSource;
 import org.junit.jupiter.params.provider.MethodSource;
 import org.w3c.dom.Document;
 
@@ -26,35 +31,77 @@ import org.w3c.dom.Document;
  * simulated device. System properties: mmi.test.libdir, the directory of the native libraries, and
  * mmi.test.jar, the console's jar.
  */
+@Tag("device")
 class ConsoleEndToEndTest {
+    private static final String SELF_TEST_FAILS = "sensors.startSensorSelfTest=5";
+    private static final int STEPS = FactorySequence.steps().size();
+
     @TempDir
     Path dir;
 
-    /** Exit code and standard output of one console command line; its errors go to ours. */
-    static String[] console(String... args) throws Exception {
-        List<String> command = new ArrayList<>(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
-                "-Xss4m", "-Djava.library.path=" + System.getProperty("mmi.test.libdir"),
-                "-cp", System.getProperty("mmi.test.jar"), "com.tavrin.mmitest.console.Console"));
-        command.addAll(List.of(args));
-        Process p = new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.INHERIT).start();
-        String out = new String(p.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
-        return new String[] {String.valueOf(p.waitFor()), out};
+    /** What one console command line did. */
+    record Result(int code, String out, String err) {
+        List<String> lines() {
+            return out.lines().collect(Collectors.toList());
+        }
+
+        String last() {
+            List<String> lines = lines();
+            return lines.isEmpty() ? "" : lines.get(lines.size() - 1);
+        }
     }
 
-    @Test
-    void callPrintsResultLogAndServiceCall() throws Exception {
+    /** Runs the console in the working directory dir (null: ours) with extra environment and JVM options. */
+    static Result console(Path dir, Map<String, String> env, List<String> jvm, String... args) throws Exception {
+        List<String> command = new ArrayList<>(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
+                "-Xss4m", "-Djava.library.path=" + System.getProperty("mmi.test.libdir")));
+        command.addAll(jvm);
+        command.addAll(List.of("-cp", System.getProperty("mmi.test.jar"), "com.tavrin.mmitest.console.Console"));
+        command.addAll(List.of(args));
+        ProcessBuilder builder = new ProcessBuilder(command);
+        builder.environment().remove("COLUMNS");
+        builder.environment().remove("NO_COLOR");
+        builder.environment().putAll(env);
+        if (dir != null) {
+            builder.directory(dir.toFile());
+        }
+        File err = File.createTempFile("mmi-err", ".txt");
+        err.deleteOnExit();
+        Process p = builder.redirectError(err).start();
+        String out = new String(p.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
+        int code = p.waitFor();
+        return new Result(code, out, Files.readString(err.toPath()));
+    }
+
+    static Result console(String... args) throws Exception {
+        return console(null, Map.of(), List.of(), args);
+    }
+
+    static Stream<Arguments> callPrintsResultLogAndServiceCall() {
         // As bash delivers: --answer power.getPowerState=5,"x" getPowerStateNative "battery"
-        String[] r = console("call", "--answer", "power.getPowerState=5,x", "getPowerStateNative", "battery");
-        assertEquals("0", r[0]);
+        return Stream.of(List.of("--answer", "power.getPowerState=5,x", "getPowerStateNative", "battery"),
+                List.of("getPowerStateNative", "battery", "--answer", "power.getPowerState=5,x"),
+                List.of("getPowerStateNative", "--answer=power.getPowerState=5,x", "--", "battery")).map(Arguments::of);
+    }
+
+    /** Options before the method, after it, and arguments after "--". */
+    @ParameterizedTest(name = "{0}")
+    @MethodSource
+    void callPrintsResultLogAndServiceCall(List<String> line) throws Exception {
+        List<String> args = new ArrayList<>(List.of("call"));
+        args.addAll(line);
+        Result r = console(args.toArray(new String[0]));
+        assertEquals(0, r.code(), r.err());
         assertEquals("result: \"\"\n"
                 + "log: D KxMMITest_jni: GetPowerState, result code: 5, result info: \n"
-                + "call: power.getPowerState(\"battery\")\n", r[1], "a failing code empties the power state");
+                + "call: power.getPowerState(\"battery\")\n", r.out(), "a failing code empties the power state");
     }
 
     @Test
     void anAnswerTheDeviceRefusesEndsTheConsole() throws Exception {
-        String[] r = console("call", "--answer", "power.getPowerStat=5", "getPowerStateNative", "battery");
-        assertEquals(List.of("2", ""), List.of(r));
+        Result r = console("call", "--answer", "power.getPowerStat=5", "getPowerStateNative", "battery");
+        assertEquals(List.of(2, ""), List.of(r.code(), r.out()));
+        assertTrue(r.err().startsWith("mmi call: --answer power.getPowerStat=5: "), r.err());
     }
 
     static Stream<Arguments> writtenFieldsAreShown() {
@@ -73,47 +120,200 @@ class ConsoleEndToEndTest {
     void writtenFieldsAreShown(List<String> line, String field) throws Exception {
         List<String> args = new ArrayList<>(List.of("call"));
         args.addAll(line);
-        String[] r = console(args.toArray(new String[0]));
-        assertEquals(field, r[1].lines().filter(l -> l.startsWith("field: ")).collect(Collectors.joining("\n")));
+        Result r = console(args.toArray(new String[0]));
+        assertEquals(field, r.lines().stream().filter(l -> l.startsWith("field: ")).collect(Collectors.joining("\n")));
     }
 
     @Test
     void callJsonPrintsOneObjectOnOneLine() throws Exception {
-        String[] r = console("call", "--json", "getBsnNative");
-        JsonObject o = JsonParser.parseString(r[1]).getAsJsonObject();
-        assertTrue(r[0].equals("0") && r[1].lines().count() == 1 && o.get("method").getAsString().equals("getBsnNative")
-                && !o.get("result").getAsString().isEmpty() && o.getAsJsonArray("calls").size() == 1, r[1]);
+        Result r = console("call", "--json", "getBsnNative");
+        JsonObject o = JsonParser.parseString(r.out()).getAsJsonObject();
+        assertTrue(r.code() == 0 && r.lines().size() == 1 && o.get("method").getAsString().equals("getBsnNative")
+                && !o.get("result").getAsString().isEmpty() && o.getAsJsonArray("calls").size() == 1, r.out());
+    }
+
+    @Test
+    void listOpsGivesEachOperationsAnswerShapeAndKeywords() throws Exception {
+        Result r = console("call", "--list-ops", "power");
+        assertEquals(0, r.code(), r.err());
+        assertEquals(List.of("service operation answer keywords",
+                "power getPowerState callback: int32 code, string info nocallback, transport-error, crash",
+                "power setPowerState value: int32 result transport-error, crash",
+                "power checkUsbSpeed callback: int32 code, string info nocallback, transport-error, crash"),
+                r.lines().stream().map(l -> l.strip().replaceAll(" {2,}", " ")).collect(Collectors.toList()));
     }
 
     @Test
     void healthyRunPassesEveryStepAndCheck() throws Exception {
         Path xml = dir.resolve("r.xml");
         Path json = dir.resolve("r.json");
-        String[] r = console("run", "--junit", xml.toString(), "--json", json.toString());
-        assertEquals("0", r[0]);
-        assertTrue(r[1].contains("sequence: " + FactorySequence.steps().size() + " passed, 0 failed"), r[1]);
-        assertTrue(r[1].matches("(?s).*\ndrill: (\\d+) of \\1 checks passed\n"), r[1]);
+        Result r = console("run", "--junit", xml.toString(), "--json", json.toString());
+        assertEquals(0, r.code(), r.err());
+        assertEquals("library loaded: 7 of 7 services connected", r.lines().get(0));
+        assertTrue(r.out().contains("\nsequence: " + STEPS + " passed, 0 failed"), r.out());
+        assertTrue(r.last().matches("PASSED: " + STEPS + " of " + STEPS + " steps, 12 of 12 drill checks passed "
+                + "\\(\\d+\\.\\d s\\)"), r.last());
         Document doc = JunitCheck.parse(xml);
         assertEquals(List.of(), JunitCheck.problems(doc));
-        assertEquals(List.of(String.valueOf(FactorySequence.steps().size() + FactorySequence.probes().size() + 4), "0", "0"),
+        assertEquals(List.of(String.valueOf(STEPS + FactorySequence.probes().size() + 4), "0", "0"),
                 List.of(doc.getDocumentElement().getAttribute("tests"), doc.getDocumentElement().getAttribute("failures"),
                         doc.getDocumentElement().getAttribute("skipped")), "a passing case per step and drill check");
         JsonObject report = JsonParser.parseString(Files.readString(json)).getAsJsonObject();
         assertTrue(report.get("passed").getAsBoolean());
-        assertEquals(FactorySequence.steps().size(), report.getAsJsonObject("sequence").getAsJsonArray("steps").size());
+        assertEquals(STEPS, report.getAsJsonObject("sequence").getAsJsonArray("steps").size());
+        assertEquals("mmi run: wrote JUnit XML to " + xml + "\nmmi run: wrote JSON to " + json + "\n", r.err());
     }
 
     @Test
-    void aFailingSelfTestFailsItsStepAndTheRun() throws Exception {
+    void aFailingRunEndsWithItsFailureListedAndAFailedVerdict() throws Exception {
         Path xml = dir.resolve("r.xml");
-        String[] r = console("run", "--answer", "sensors.startSensorSelfTest=5", "--junit", xml.toString());
-        assertEquals("1", r[0]);
-        assertTrue(r[1].contains("sequence: " + (FactorySequence.steps().size() - 1) + " passed, 1 failed"), r[1]);
+        Result r = console("run", "--answer", SELF_TEST_FAILS, "--junit", xml.toString());
+        assertEquals(1, r.code());
+        List<String> lines = r.lines();
+        int step = FactorySequence.steps().stream().map(s -> s.method).collect(Collectors.toList())
+                .indexOf("startSensorSelfTestNative") + 1;
+        assertEquals(List.of("Failures:", "  FAIL  step " + step + " startSensorSelfTestNative(1, 1): answered 5, "
+                + "healthy answer 0"), lines.subList(lines.size() - 3, lines.size() - 1));
+        assertTrue(r.last().startsWith("FAILED: 1 of " + STEPS + " steps, 0 of 12 drill checks failed ("), r.last());
         List<String> failed = JunitCheck.cases(JunitCheck.parse(xml)).stream()
                 .filter(c -> c.getElementsByTagName("failure").getLength() > 0).map(c -> c.getAttribute("name"))
                 .collect(Collectors.toList());
-        int step = FactorySequence.steps().stream().map(s -> s.method).collect(Collectors.toList())
-                .indexOf("startSensorSelfTestNative") + 1;
         assertEquals(List.of(String.format("%02d startSensorSelfTestNative", step)), failed);
+    }
+
+    /** Healthy, failing, missing a service, verbose cut nothing but the rest fits. */
+    @ParameterizedTest(name = "COLUMNS={0} {1}")
+    @CsvSource(delimiter = '|', value = {"80 | run", "80 | run --answer " + SELF_TEST_FAILS + " --absent display",
+        "100 | run --answer " + SELF_TEST_FAILS, "80 | run --list", "70 | run --drill sensors"})
+    void noLineIsWiderThanTheTerminal(int columns, String line) throws Exception {
+        Result r = console(null, Map.of("COLUMNS", String.valueOf(columns)), List.of(), line.split(" "));
+        for (String l : r.lines()) {
+            assertTrue(Terminal.columns(l) <= columns, l.length() + " columns: " + l);
+        }
+    }
+
+    @ParameterizedTest(name = "tty={0} NO_COLOR={1} {2}")
+    @CsvSource({"true, -, run, true", "false, -, run, false", "true, 1, run, false", "true, -, run --no-color, false"})
+    void colourOnlyOnATerminalWithoutNoColor(boolean tty, String noColor, String line, boolean coloured)
+            throws Exception {
+        String[] args = (line + " --step 1 --no-drill").split(" ");
+        Result r = console(null, noColor.equals("-") ? Map.of() : Map.of("NO_COLOR", noColor),
+                List.of("-Dmmi.stdout.tty=" + tty), args);
+        assertEquals(coloured, r.out().contains("\033[32mPASS\033[0m"), r.out());
+        assertEquals(coloured, r.out().contains("\033["), r.out());
+    }
+
+    /** A bad output file stops the run before the device starts: one line, exit 2, the file untouched. */
+    @ParameterizedTest(name = "{0}")
+    @CsvSource(delimiter = '|', value = {"--junit no/such/r.xml | --junit no/such/r.xml: folder no/such does not exist",
+        "--json capture.txt | --json capture.txt: the file exists and holds something other than results",
+        "--junit . | --junit .: is a folder",
+        "--junit r --json r | --junit and --json name the same file r"})
+    void outputFilesAreCheckedBeforeAnythingRuns(String options, String reason) throws Exception {
+        Files.writeString(dir.resolve("capture.txt"), "1000\n");
+        List<String> args = new ArrayList<>(List.of("run"));
+        args.addAll(List.of(options.split(" ")));
+        Result r = console(dir, Map.of(), List.of(), args.toArray(new String[0]));
+        assertEquals(List.of(2, ""), List.of(r.code(), r.out()));
+        assertEquals(1, r.err().lines().count(), r.err());
+        assertTrue(r.err().startsWith("mmi run: " + reason), r.err());
+        assertFalse(r.err().contains("Exception"), r.err());
+        assertEquals("1000\n", Files.readString(dir.resolve("capture.txt")));
+    }
+
+    @Test
+    void relativeFilesAreInTheWorkingDirectory() throws Exception {
+        Files.createDirectory(dir.resolve("out"));
+        Result r = console(dir, Map.of(), List.of(), "run", "--step", "1", "--no-drill", "-q", "--junit", "r.xml",
+                "--json", "out/r.json");
+        assertEquals(0, r.code(), r.err());
+        assertTrue(Files.size(dir.resolve("r.xml")) > 0 && Files.size(dir.resolve("out/r.json")) > 0);
+        assertEquals("mmi run: wrote JUnit XML to r.xml\nmmi run: wrote JSON to out/r.json\n", r.err());
+    }
+
+    @Test
+    void repeatedStepsCountTheirFailedRuns() throws Exception {
+        Result r = console(null, Map.of("COLUMNS", "120"), List.of(), "run", "--step", "37", "-k", "sensor", "--repeat",
+                "3", "--no-drill", "-q", "--answer", SELF_TEST_FAILS);
+        assertEquals(1, r.code());
+        assertEquals(List.of("Failures:",
+                "  FAIL  step 37 startSensorSelfTestNative(1, 1): 3 of 3 runs failed; answered 5, healthy answer 0"),
+                r.lines().subList(0, 2));
+        assertTrue(r.last().startsWith("FAILED: 1 of 1 step failed (3 runs of each step, "), r.last());
+        assertEquals(3, r.err().lines().filter(l -> l.matches("mmi run: round \\d of 3: 1 of 1 step failed")).count(),
+                r.err());
+    }
+
+    @Test
+    void listShowsTheChosenStepsWithoutRunningThem() throws Exception {
+        Result r = console("run", "--list", "-k", "SelfTest");
+        assertEquals(List.of("31", "36", "37", "38"), r.lines().stream().skip(1).map(l -> l.strip().split(" ")[0])
+                .collect(Collectors.toList()));
+    }
+
+    @Test
+    void exitFirstStopsAtTheFirstFailureAndSkipsTheDrill() throws Exception {
+        Result r = console("run", "-x", "--answer", SELF_TEST_FAILS);
+        assertEquals(1, r.code());
+        assertTrue(r.last().startsWith("FAILED: 1 of 37 steps failed, stopped at the first failure (-x) ("), r.last());
+        assertFalse(r.out().contains("Service-death drill"), r.out());
+    }
+
+    @Test
+    void theDrillIsSkippedWhenItsServiceIsAbsent() throws Exception {
+        Path xml = dir.resolve("r.xml");
+        Result r = console("run", "--absent", "sensors", "--drill", "sensors", "--junit", xml.toString());
+        assertTrue(r.out().contains("\ndrill: skipped, sensors is absent (--absent sensors)\n"), r.out());
+        assertFalse(r.out().contains("Service-death drill"), r.out());
+        assertTrue(r.last().contains(", drill skipped: sensors is absent"), r.last());
+        Document doc = JunitCheck.parse(xml);
+        assertEquals(List.of(), JunitCheck.problems(doc));
+        assertEquals("1", doc.getDocumentElement().getAttribute("skipped"));
+    }
+
+    @Test
+    void theDrillKillsTheServiceAsked() throws Exception {
+        Result r = console("run", "--drill", "light", "-k", "Light");
+        assertEquals(0, r.code(), r.out());
+        assertTrue(r.out().contains("Service-death drill: kill light, then revive it"), r.out());
+        assertTrue(r.out().contains("PASS  1 request(s) of light and 7 of other services answered before the kill"),
+                r.out());
+    }
+
+    /** A crash in the middle of a call, a restart after the delay, and the programmed answer back. */
+    @ParameterizedTest(name = "{0}")
+    @CsvSource({"--restart-delay=50", "--restart-delay=never"})
+    void theDrillCanCrashItsServiceInACall(String restart) throws Exception {
+        Path xml = dir.resolve("r.xml");
+        Result r = console("run", "--drill-fault", "crash", restart, "--step", "1", "-v", "--answer",
+                "power.getPowerState=0,\"x\"", "--junit", xml.toString());
+        assertEquals(0, r.code(), r.out());
+        assertTrue(r.out().contains("Service-death drill: crash power in a call, then let it restart"), r.out());
+        assertTrue(r.out().contains("GetPowerState fail, transport error"), r.out());
+        assertTrue(r.out().matches("(?s).*  PASS  power +getPowerStateNative\\(\"battery\"\\) +\"\" +\"x\"\n.*"),
+                r.out());
+        assertTrue(JunitCheck.properties(JunitCheck.parse(xml)).contains("drill=power crash"));
+    }
+
+    @Test
+    void theResultsRecordTheSetupAsTypedAndTheVersion() throws Exception {
+        Path xml = dir.resolve("r.xml");
+        Result r = console(null, Map.of(), List.of("-Dmmi.version=9.9-test"), "run", "--step=1,3", "--absent", "light",
+                "--answer", SELF_TEST_FAILS, "--repeat", "2", "--drill", "factory", "--junit", xml.toString());
+        assertEquals(0, r.code(), r.err());
+        List<String> p = JunitCheck.properties(JunitCheck.parse(xml));
+        assertTrue(p.containsAll(List.of("version=9.9-test", "--step=1,3", "--absent=light",
+                "--answer=" + SELF_TEST_FAILS, "--repeat=2", "--drill=factory", "steps=1,3", "repeat=2",
+                "drill=factory kill")), p.toString());
+        assertFalse(p.stream().anyMatch(e -> e.startsWith("--junit")), p.toString());
+    }
+
+    @ParameterizedTest(name = "{0}")
+    @CsvSource(delimiter = '|', value = {"run --help | Exit codes:", "call --help | Exit codes:",
+        "run --version | mmi 9.9-test", "--help | Exit codes:", "call -V | mmi 9.9-test"})
+    void helpAndVersionExitZero(String line, String shown) throws Exception {
+        Result r = console(null, Map.of(), List.of("-Dmmi.version=9.9-test"), line.split(" "));
+        assertEquals(0, r.code(), r.err());
+        assertTrue(r.out().contains(shown), r.out());
     }
 }

@@ -30,8 +30,23 @@ final class JunitCheck {
     /** Every test case of the file, in order. */
     static List<Element> cases(Document doc) {
         List<Element> cases = new ArrayList<>();
-        children(doc.getDocumentElement()).forEach(suite -> cases.addAll(children(suite)));
+        for (Element suite : children(doc.getDocumentElement())) {
+            children(suite).stream().filter(c -> c.getTagName().equals("testcase")).forEach(cases::add);
+        }
         return cases;
+    }
+
+    /** The properties of every test suite, as name=value, in order. */
+    static List<String> properties(Document doc) {
+        List<String> properties = new ArrayList<>();
+        for (Element suite : children(doc.getDocumentElement())) {
+            for (Element p : children(suite)) {
+                if (p.getTagName().equals("properties")) {
+                    children(p).forEach(e -> properties.add(e.getAttribute("name") + "=" + e.getAttribute("value")));
+                }
+            }
+        }
+        return properties;
     }
 
     /** Everything wrong with the document's structure; empty when a CI server would take it. */
@@ -55,7 +70,16 @@ final class JunitCheck {
                     where + ": timestamp " + suite.getAttribute("timestamp"));
             seconds(problems, suite, where);
             int[] counted = new int[4];
-            for (Element c : children(suite)) {
+            List<Element> suiteChildren = children(suite);
+            for (int i = 0; i < suiteChildren.size(); i++) {
+                Element c = suiteChildren.get(i);
+                if (i == 0 && c.getTagName().equals("properties")) {
+                    for (Element p : children(c)) {
+                        require(problems, p.getTagName().equals("property") && !p.getAttribute("name").isEmpty(),
+                                where + ": properties hold " + p.getTagName() + " " + p.getAttribute("name"));
+                    }
+                    continue;
+                }
                 if (!c.getTagName().equals("testcase")) {
                     problems.add(where + " holds " + c.getTagName());
                     continue;

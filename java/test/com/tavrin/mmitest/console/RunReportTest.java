@@ -10,6 +10,7 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.stream.Collectors;
 
 import org.junit.jupiter.api.BeforeAll;
 import org.junit.jupiter.api.Test;
@@ -41,18 +42,28 @@ class RunReportTest {
 
     @BeforeAll
     static void writeBoth() throws Exception {
-        RunReport report = new RunReport("power");
+        RunReport report = new RunReport("1.2-test");
+        report.drillService = "power";
+        report.options.add(new String[] {"--answer", "sensors.startSensorSelfTest=5"});
+        report.options.add(new String[] {"--absent", "light"});
+        report.selected.addAll(List.of(1, 2, 3, 7));
+        report.repeat = 2;
         StepRecord fine = record("getBsnNative", "KX1", true, "D fine");
         fine.fields.put("sTpCapacitanceFailInfo", "caf\u00e9");
         wrong = record("getPowerStateNative", "", false, "E ctrl \u0001 and \ud800 unpaired", "D " + SMILE);
         StepRecord threw = record("getPowerStateNative", null, false);
         threw.thrown = new IllegalStateException("boom");
         report.steps.addAll(List.of(fine, wrong, threw));
+        for (int i = 0; i < report.steps.size(); i++) {
+            report.steps.get(i).number = i + 1;
+        }
         report.checks.add(new RunReport.DrillCheck("power: a()", RunReport.Status.FAIL, "FAIL: not restored",
                 List.of("before: 1", "while down: -1", "after revive: -1")));
-        report.checks.add(new RunReport.DrillCheck("display: b()", RunReport.Status.SKIPPED, "not checked", List.of()));
+        report.checks.add(new RunReport.DrillCheck("display: b()", RunReport.Status.SKIPPED, "failing before the kill",
+                List.of()));
         report.line(true, "the death is reported", "the death is reported");
         report.killLogs = new String[] {"W died"};
+        fine.seconds = 0.000250;
         report.writeJunit(dir.resolve("r.xml"));
         report.writeJson(dir.resolve("r.json"));
         junit = JunitCheck.parse(dir.resolve("r.xml"));
@@ -93,6 +104,19 @@ class RunReportTest {
     }
 
     @Test
+    void junitPropertiesRecordTheSetup() {
+        List<String> p = JunitCheck.properties(junit);
+        assertTrue(p.containsAll(List.of("version=1.2-test", "--answer=sensors.startSensorSelfTest=5",
+                "--absent=light", "steps=1-3,7", "repeat=2", "drill=power kill")), p.toString());
+        assertTrue(p.stream().anyMatch(e -> e.matches("started=\\d{4}-\\d\\d-\\d\\dT.*")), p.toString());
+    }
+
+    @Test
+    void junitTimeIsTheStepsDuration() {
+        assertEquals("0.000250", JunitCheck.cases(junit).get(0).getAttribute("time"));
+    }
+
+    @Test
     void jsonFileIsAscii() {
         assertTrue(jsonText.chars().allMatch(c -> c < 0x7f), jsonText);
     }
@@ -104,7 +128,11 @@ class RunReportTest {
         "sequence.steps.1.passed | false", "sequence.steps.1.logs.0.priority | \"E\"",
         "sequence.steps.1.logs.0.text | \"ctrl \\u0001 and \\ud800 unpaired\"",
         "sequence.steps.2.threw | \"java.lang.IllegalStateException: boom\"",
-        "drill.checks.1.status | \"skipped\"", "drill.failed | 1", "drill.kill_logs.0.text | \"died\""})
+        "drill.checks.1.status | \"skipped\"", "drill.failed | 1", "drill.kill_logs.0.text | \"died\"",
+        "version | \"1.2-test\"", "setup.options.0.option | \"--answer\"",
+        "setup.options.0.value | \"sensors.startSensorSelfTest=5\"", "setup.options.1.value | \"light\"",
+        "setup.steps | [1,2,3,7]", "setup.repeat | 2", "setup.drill | \"power\"", "sequence.steps.0.duration_ms | 0.25",
+        "sequence.steps.1.number | 2"})
     void jsonHolds(String path, String value) {
         JsonElement e = json;
         for (String key : path.split("\\.")) {
@@ -119,5 +147,61 @@ class RunReportTest {
         String line = CallCommand.json(wrong);
         assertTrue(!line.contains("\n") && JsonParser.parseString(line).isJsonObject()
                 && line.contains("\"logs\":[{\"priority\":\"E\",\"text\":\"ctrl \\u0001 and \\ud800 unpaired\"}"), line);
+    }
+
+    /** A report with the given counts, for the closing lines. */
+    private static RunReport counts(int steps, int failedSteps, int ok, int failed, int skipped, String drill) {
+        RunReport r = new RunReport("v");
+        for (int i = 0; i < steps; i++) {
+            StepRecord s = record("getBsnNative", i < failedSteps ? "" : "KX", i >= failedSteps);
+            s.number = i + 1;
+            r.steps.add(s);
+        }
+        for (int i = 0; i < ok + failed + skipped; i++) {
+            RunReport.Status status = i < ok ? RunReport.Status.OK : i < ok + failed ? RunReport.Status.FAIL
+                    : RunReport.Status.SKIPPED;
+            r.checks.add(new RunReport.DrillCheck("c" + i, status, "why", List.of()));
+        }
+        r.drillService = drill.equals("none") ? null : "power";
+        r.drillSkipped = drill.equals("skipped") ? "power is absent (--absent power)" : null;
+        r.seconds = 0.84;
+        return r;
+    }
+
+    @ParameterizedTest(name = "{6}")
+    @CsvSource(delimiter = '|', value = {
+        "54 | 0 | 12 | 0 | 0 | ran | PASSED: 54 of 54 steps, 12 of 12 drill checks passed (0.8 s)",
+        "54 | 1 | 11 | 0 | 1 | ran | FAILED: 1 of 54 steps, 0 of 11 drill checks failed, 1 not checked (0.8 s)",
+        "54 | 0 | 10 | 2 | 0 | ran | FAILED: 0 of 54 steps, 2 of 12 drill checks failed (0.8 s)",
+        "1 | 0 | 0 | 0 | 0 | none | PASSED: 1 of 1 step passed (0.8 s)",
+        "54 | 3 | 0 | 0 | 0 | skipped | FAILED: 3 of 54 steps failed, drill skipped: power is absent (--absent power) (0.8 s)"})
+    void verdictLine(int steps, int failedSteps, int ok, int failed, int skipped, String drill, String line) {
+        assertEquals(line, counts(steps, failedSteps, ok, failed, skipped, drill).verdictLine());
+    }
+
+    /** Five runs of step 2, the third and fourth failing: the first failure stands for the step. */
+    @Test
+    void repeatedRunsAreCountedInTheSummary() {
+        RunReport r = counts(2, 0, 0, 0, 0, "none");
+        r.repeat = 5;
+        StepRecord merged = r.steps.get(1);
+        for (boolean passed : new boolean[] {true, false, false, true}) {
+            StepRecord next = record("startSensorSelfTestNative", passed ? 0 : 5, passed);
+            next.failedRuns = passed ? 0 : 1;
+            merged = StepRecord.merge(merged, next);
+        }
+        r.steps.set(1, merged);
+        assertEquals("FAILED: 1 of 2 steps failed (5 runs of each step, 0.8 s)", r.verdictLine());
+        assertEquals("step 2 startSensorSelfTestNative(\"battery\"): 2 of 5 runs failed; answered 5, healthy answer text",
+                r.summary().get(1)[1]);
+    }
+
+    @Test
+    void summaryListsEveryFailureThenWhatWasNotChecked() {
+        RunReport r = counts(3, 1, 1, 1, 1, "ran");
+        List<String> lines = r.summary().stream().map(l -> String.join(" ", l)).collect(Collectors.toList());
+        assertEquals(List.of("Failures:", "FAIL step 1 getBsnNative(\"battery\"): answered \"\", healthy answer text",
+                "FAIL drill c1: why", "Not checked:", "SKIP drill c2: why"), lines);
+        assertEquals(List.of(), counts(3, 0, 1, 0, 0, "ran").summary());
     }
 }

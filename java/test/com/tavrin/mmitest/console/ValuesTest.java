@@ -54,14 +54,14 @@ class ValuesTest {
                 Arguments.of(String.class, "\"a\\qb\"", "\\q"),
                 Arguments.of(String.class, "\"\\u12g4\"", "malformed escape"),
                 Arguments.of(String.class, "\"a\"b", "unexpected text"),
-                Arguments.of(int.class, "2147483648", "not an int"),
+                Arguments.of(int.class, "2147483648", "out of range for int"),
                 Arguments.of(int.class, "+5", "not an int"),
                 Arguments.of(int.class, " 5", "not an int"),
-                Arguments.of(long.class, "9223372036854775808", ""),
+                Arguments.of(long.class, "9223372036854775808", "out of range for long"),
                 Arguments.of(boolean.class, "TRUE", "not a boolean"),
                 Arguments.of(int[].class, "[1,]", ""),
                 Arguments.of(int[].class, "[1", ""),
-                Arguments.of(int[].class, "[2147483648]", ""),
+                Arguments.of(int[].class, "[2147483648]", "out of range for int"),
                 Arguments.of(int[].class, "[1]x", ""),
                 Arguments.of(byte[].class, "x0", "hex"),
                 Arguments.of(byte[].class, "0x007f", "hex"),
@@ -69,7 +69,8 @@ class ValuesTest {
                 Arguments.of(BigDataValue.class, "{\"mBogus\":1}", "mBogus"),
                 Arguments.of(BigDataValue.class, "{\"mVersion\":\"1\"}", "integer"),
                 Arguments.of(BigDataValue.class, "{mVersion:1", "end of input"),
-                Arguments.of(BigDataOperation.class, "{}x", "unexpected text"));
+                Arguments.of(BigDataOperation.class, "{}x", "unexpected text after the record at position 2 of {}x"),
+                Arguments.of(BigDataValue.class, "{mBsn: a b} , x", "at position 12 of"));
     }
 
     @ParameterizedTest(name = "{0} {1}")

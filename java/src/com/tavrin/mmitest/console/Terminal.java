@@ -1,0 +1,94 @@
+package com.tavrin.mmitest.console;
+
+import java.util.Map;
+import java.util.function.UnaryOperator;
+
+/**
+ * What the console knows of the terminal it prints to: its width and whether it may colour.
+ * ./mmi passes the facts only it can see (whether stdout is a terminal, its width) as system
+ * properties; the environment's COLUMNS and NO_COLOR win, as users expect.
+ */
+final class Terminal {
+    static final int DEFAULT_WIDTH = 80;
+    static final String ELLIPSIS = "\u2026";
+
+    enum Colour {
+        GREEN("32"), RED("31"), YELLOW("33"), BOLD_GREEN("1;32"), BOLD_RED("1;31");
+
+        final String code;
+
+        Colour(String code) {
+            this.code = code;
+        }
+    }
+
+    final int width;
+    final boolean colour;
+
+    Terminal(int width, boolean colour) {
+        this.width = width;
+        this.colour = colour;
+    }
+
+    /** The terminal of this process: COLUMNS, else mmi.terminal.columns, else 80 columns. */
+    static Terminal of(Map<String, String> env, boolean noColourOption) {
+        return of(env, System::getProperty, noColourOption);
+    }
+
+    static Terminal of(Map<String, String> env, UnaryOperator<String> property, boolean noColourOption) {
+        int width = positive(env.get("COLUMNS"));
+        if (width == 0) {
+            width = positive(property.apply("mmi.terminal.columns"));
+        }
+        String noColour = env.get("NO_COLOR");
+        boolean colour = "true".equals(property.apply("mmi.stdout.tty")) && (noColour == null || noColour.isEmpty())
+                && !noColourOption;
+        return new Terminal(width == 0 ? DEFAULT_WIDTH : width, colour);
+    }
+
+    private static int positive(String text) {
+        if (text == null || !text.matches("[0-9]{1,6}")) {
+            return 0;
+        }
+        return Integer.parseInt(text);
+    }
+
+    String paint(Colour c, String text) {
+        return colour ? "\033[" + c.code + "m" + text + "\033[0m" : text;
+    }
+
+    /** The text in at most width columns: cut with an ellipsis when longer. */
+    static String fit(String text, int width) {
+        if (text.codePointCount(0, text.length()) <= width) {
+            return text;
+        }
+        if (width <= 0) {
+            return "";
+        }
+        return text.substring(0, text.offsetByCodePoints(0, width - 1)) + ELLIPSIS;
+    }
+
+    /** Columns a text takes, one per code point: cells and log lines hold no wide characters worth more. */
+    static int columns(String text) {
+        return text.codePointCount(0, text.length());
+    }
+
+    /**
+     * The text with control characters written as \\uXXXX: a device's log line must not move the
+     * cursor or recolour the terminal.
+     */
+    static String printable(String text) {
+        StringBuilder out = null;
+        for (int i = 0; i < text.length(); i++) {
+            char c = text.charAt(i);
+            boolean control = c < 0x20 || c == 0x7f || (c >= 0x80 && c < 0xa0);
+            if (control && out == null) {
+                out = new StringBuilder(text.substring(0, i));
+            }
+            if (out != null) {
+                out.append(control ? String.format("\\u%04x", (int) c) : String.valueOf(c));
+            }
+        }
+        return out == null ? text : out.toString();
+    }
+}

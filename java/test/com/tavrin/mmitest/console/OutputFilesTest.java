@@ -1,0 +1,64 @@
+package com.tavrin.mmitest.console;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNull;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.List;
+
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
+
+/** Output files are judged before any work, and nothing but earlier results is written over. */
+class OutputFilesTest {
+    @TempDir
+    Path dir;
+
+    /** What is in the way, and the reason given. */
+    @ParameterizedTest(name = "{0}")
+    @CsvSource(delimiter = '|', value = {
+        "no/such/r.xml | folder DIR/no/such does not exist",
+        "plain/r.xml | DIR/plain is not a folder",
+        "sub | is a folder",
+        "capture.txt | holds something other than results",
+        "notes.xml | holds something other than results"})
+    void refused(String name, String reason) throws Exception {
+        Files.createDirectory(dir.resolve("sub"));
+        Files.writeString(dir.resolve("plain"), "x");
+        Files.writeString(dir.resolve("capture.txt"), "1000\n1001\n");
+        Files.writeString(dir.resolve("notes.xml"), "<?xml version=\"1.0\"?><testsuites name=\"other\"/>");
+        assertTrue(OutputFiles.unwritable(dir.resolve(name)).contains(reason.replace("DIR", dir.toString())),
+                OutputFiles.unwritable(dir.resolve(name)));
+    }
+
+    /** A new file, an empty one, or the results of an earlier run, which CI writes again each time. */
+    @ParameterizedTest
+    @CsvSource(delimiter = '|', value = {"new.xml | -", "empty.json | ''",
+        "old.xml | <?xml version=\"1.0\" encoding=\"UTF-8\"?>\\n<testsuites name=\"mmi run\" tests=\"66\">",
+        "old.json | {\\n  \"passed\": false,\\n  \"version\": \"x\""})
+    void accepted(String name, String content) throws Exception {
+        if (!content.equals("-")) {
+            Files.writeString(dir.resolve(name), content.replace("\\n", "\n"));
+        }
+        assertNull(OutputFiles.unwritable(dir.resolve(name)));
+    }
+
+    @Test
+    void oneFileForTwoOutputsIsRefused() {
+        IllegalArgumentException e = assertThrows(IllegalArgumentException.class, () -> OutputFiles.check(List.of(
+                new OutputFiles.Output("--junit", dir.resolve("r")), new OutputFiles.Output("--json", dir.resolve("./r")))));
+        assertTrue(e.getMessage().startsWith("--junit and --json name the same file"), e.getMessage());
+    }
+
+    @Test
+    void theMessageNamesTheOptionAndTheFileAsGiven() {
+        IllegalArgumentException e = assertThrows(IllegalArgumentException.class, () -> OutputFiles.check(List.of(
+                new OutputFiles.Output("--junit", null), new OutputFiles.Output("--json", Path.of("no/such/r.json")))));
+        assertEquals("--json no/such/r.json: folder no/such does not exist", e.getMessage());
+    }
+}
