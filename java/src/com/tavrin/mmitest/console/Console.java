@@ -127,10 +127,11 @@ public final class Console implements Callable<Integer> {
     /** SERVICE and ANSWER, for run and call. */
     private static final List<String> DEVICE_NOTES = List.of("",
             "SERVICE  " + String.join(", ", DeviceOptions.SERVICES),
-            "ANSWER   nocallback, transport-error, crash, or values separated by commas: 7,",
-            "         true, \"text\", [1,2,3], bytes:HEX; quote the whole option for the shell to",
-            "         keep the quotes (a bare word is taken as text: power.getPowerState=5,x);",
-            "         mmi call --list-ops lists the operations and their answers");
+            "ANSWER   nocallback, transport-error, crash, or values separated by commas:",
+            "         7, true, \"text\", [1,2,3], bytes:HEX; quote the whole option for the",
+            "         shell to keep the quotes (a bare word is taken as text:",
+            "         power.getPowerState=5,x); mmi call --list-ops lists the operations",
+            "         and their answers");
 
     private static String[] callFooter() {
         List<String> lines = new ArrayList<>(DEVICE_NOTES);
@@ -142,7 +143,16 @@ public final class Console implements Callable<Integer> {
                 "",
                 "METHOD"));
         for (Method m : Natives.all()) {
-            lines.add("  " + Natives.signature(m));
+            String signature = "  " + Natives.signature(m);
+            // Help lines stay within 80 columns; a long signature goes on after its last comma
+            // that fits, indented under the parameters.
+            int cut = signature.length() < 80 ? -1 : signature.lastIndexOf(", ", 78);
+            if (cut < 0) {
+                lines.add(signature);
+            } else {
+                lines.add(signature.substring(0, cut + 1));
+                lines.add("      " + signature.substring(cut + 2));
+            }
         }
         return lines.toArray(new String[0]);
     }

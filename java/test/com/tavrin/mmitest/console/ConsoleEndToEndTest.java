@@ -315,5 +315,11 @@ class ConsoleEndToEndTest {
         Result r = console(null, Map.of(), List.of("-Dmmi.version=9.9-test"), line.split(" "));
         assertEquals(0, r.code(), r.err());
         assertTrue(r.out().contains(shown), r.out());
+        // The notes after the options are laid out by hand for 80 columns: a line the help wraps
+        // leaves a fragment at the margin, outside the notes' indentation.
+        List<String> notes = r.lines().stream().dropWhile(l -> !l.startsWith("SERVICE")).collect(Collectors.toList());
+        assertEquals(List.of(), notes.stream()
+                .filter(l -> !l.isEmpty() && !l.startsWith(" ") && !Character.isUpperCase(l.charAt(0)))
+                .collect(Collectors.toList()));
     }
 }
