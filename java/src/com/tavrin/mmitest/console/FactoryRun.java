@@ -390,7 +390,8 @@ final class FactoryRun implements Callable<Integer> {
         if (!quiet) {
             out.println();
             out.println("Service-death drill: " + (drillFault == DrillFault.kill ? "kill " + service + ", then revive it"
-                    : "crash " + service + " in a call, then let it restart"));
+                    : "crash " + service + " in a call, then " + (neverRestarts()
+                            ? "revive it (it never restarts)" : "let it restart")));
         }
         SimulatedDevice.takeLogs();
         SimulatedDevice.takeCalls();
@@ -414,13 +415,23 @@ final class FactoryRun implements Callable<Integer> {
         }
         report.downLogs = downLogs.toArray(new String[0]);
 
+        // A crashed service restarts on its own, and what it logged meanwhile belongs to its revival;
+        // one that never restarts must still be down, and the drill revives it as a killed one.
+        List<String> reviveLogs = new ArrayList<>();
         if (drillFault == DrillFault.crash) {
             SimulatedDevice.waitRestarts();
+            reviveLogs.addAll(List.of(SimulatedDevice.takeLogs()));
+            if (neverRestarts()) {
+                report.line(!contains(reviveLogs.toArray(new String[0]), "ReinitHal"), "the service stays down",
+                        service + " stays down until the drill revives it (--restart-delay never)");
+            }
         }
-        // A crashed service that is never restarted (--restart-delay never) is revived as a killed one is.
-        SimulatedDevice.revive(service);
-        SimulatedDevice.waitIdle();
-        report.reviveLogs = SimulatedDevice.takeLogs();
+        if (revivedByDrill()) {
+            SimulatedDevice.revive(service);
+            SimulatedDevice.waitIdle();
+            reviveLogs.addAll(List.of(SimulatedDevice.takeLogs()));
+        }
+        report.reviveLogs = reviveLogs.toArray(new String[0]);
         SimulatedDevice.takeCalls();
         List<StepRecord> after = probe(probes);
 
@@ -467,9 +478,16 @@ final class FactoryRun implements Callable<Integer> {
         }
     }
 
+    private boolean neverRestarts() {
+        return device.restartDelay != null && device.restartDelay < 0;
+    }
+
+    private boolean revivedByDrill() {
+        return drillFault == DrillFault.kill || neverRestarts();
+    }
+
     private void printDrill(RunReport report, List<String[]> rows) {
-        String[] header = {"", "service", "request", "while down",
-            drillFault == DrillFault.kill ? "after revive" : "after restart"};
+        String[] header = {"", "service", "request", "while down", revivedByDrill() ? "after revive" : "after restart"};
         Table table = new Table(out, terminal, verbose, header, Table.widest(rows), new int[] {4, 12, 16, 8, 8});
         for (String[] row : rows) {
             table.row(Arrays.copyOf(row, header.length));

@@ -282,13 +282,16 @@ class ConsoleEndToEndTest {
 
     /** A crash in the middle of a call, a restart after the delay, and the programmed answer back. */
     @ParameterizedTest(name = "{0}")
-    @CsvSource({"--restart-delay=50", "--restart-delay=never"})
-    void theDrillCanCrashItsServiceInACall(String restart) throws Exception {
+    @CsvSource({"--restart-delay=50, let it restart, 12", "--restart-delay=never, revive it (it never restarts), 13"})
+    void theDrillCanCrashItsServiceInACall(String restart, String then, int checks) throws Exception {
         Path xml = dir.resolve("r.xml");
         Result r = console("run", "--drill-fault", "crash", restart, "--step", "1", "-v", "--answer",
                 "power.getPowerState=0,\"x\"", "--junit", xml.toString());
         assertEquals(0, r.code(), r.out());
-        assertTrue(r.out().contains("Service-death drill: crash power in a call, then let it restart"), r.out());
+        assertTrue(r.out().contains("Service-death drill: crash power in a call, then " + then), r.out());
+        assertTrue(r.out().contains("drill: " + checks + " of " + checks + " checks passed"), r.out());
+        assertEquals(checks == 13, r.out().contains(
+                "PASS  power stays down until the drill revives it (--restart-delay never)"), r.out());
         assertTrue(r.out().contains("GetPowerState fail, transport error"), r.out());
         assertTrue(r.out().matches("(?s).*  PASS  power +getPowerStateNative\\(\"battery\"\\) +\"\" +\"x\"\n.*"),
                 r.out());
