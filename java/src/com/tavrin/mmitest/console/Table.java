@@ -8,7 +8,7 @@ import java.util.List;
  * A table printed row by row as results come in, so its column widths are settled up front from
  * what each column wants; when the terminal is narrower, the widest columns give way first and
  * long cells end in an ellipsis. The first column is the verdict: PASS, FAIL or SKIP, coloured.
- * Verbose tables cut nothing.
+ * Verbose tables cut nothing: a long cell pushes the rest of its row right.
  */
 final class Table {
     static final String INDENT = "  ";
@@ -34,7 +34,9 @@ final class Table {
             wanted[c] = Math.max(natural[c], header[c].length());
         }
         int available = terminal.width - INDENT.length() - GAP.length() * (header.length - 1);
-        widths = full ? wanted : fit(wanted, minimum, available);
+        // Verbose rows keep the layout but cut no cell: one wider than its column runs on, and the
+        // columns after it give up their alignment rather than pad every row to the widest cell.
+        widths = fit(wanted, minimum, available);
         print(null, header);
     }
 

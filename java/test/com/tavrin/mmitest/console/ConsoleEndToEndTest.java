@@ -24,6 +24,7 @@ import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.Arguments;
 import org.junit.jupiter.params.provider.CsvSource;
 import org.junit.jupiter.params.provider.MethodSource;
+import org.junit.jupiter.params.provider.ValueSource;
 import org.w3c.dom.Document;
 
 /**
@@ -189,6 +190,17 @@ class ConsoleEndToEndTest {
         Result r = console(null, Map.of("COLUMNS", String.valueOf(columns)), List.of(), line.split(" "));
         for (String l : r.lines()) {
             assertTrue(Terminal.columns(l) <= columns, l.length() + " columns: " + l);
+        }
+    }
+
+    /** Verbose cuts no cell, yet pads no row to the widest one: no line ends in spaces but a log's own. */
+    @ParameterizedTest(name = "{0}")
+    @ValueSource(strings = {"run -v --no-drill", "run --list -v"})
+    void verboseRowsAreNotPadded(String line) throws Exception {
+        Result r = console(null, Map.of("COLUMNS", "80"), List.of(), line.split(" "));
+        assertTrue(r.out().contains("setPowerStateNative"), r.out());
+        for (String l : r.lines()) {
+            assertTrue(l.contains("log: ") || !l.endsWith(" "), "padded: '" + l + "'");
         }
     }
 
