@@ -138,9 +138,9 @@ final class FactoryRun implements Callable<Integer> {
         sequence(report, steps, chosen, err);
         if (report.drillService != null) {
             if (report.stopped) {
-                report.drillSkipped = "stopped at the first failure (-x)";
+                report.drillSkipped = "stopped by -x";
             } else if (device.absent.contains(drillService)) {
-                report.drillSkipped = drillService + " is absent (--absent " + drillService + ")";
+                report.drillSkipped = drillService + " is absent";
             } else {
                 drill(report);
             }
@@ -160,8 +160,9 @@ final class FactoryRun implements Callable<Integer> {
                 Table.verdictLine(out, terminal, verbose, line[0], line[1]);
             }
         }
-        String verdict = report.verdictLine();
-        out.println(terminal.paint(report.passed() ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED, verdict));
+        for (String line : Table.wrap(report.verdictLine(), terminal.width)) {
+            out.println(terminal.paint(report.passed() ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED, line));
+        }
         out.flush();
         try {
             if (junit != null) {
@@ -341,9 +342,11 @@ final class FactoryRun implements Callable<Integer> {
         }
         int failed = report.failedSteps();
         long methods = report.steps.stream().map(s -> s.method).distinct().count();
-        out.println("sequence: " + (report.steps.size() - failed) + " passed, " + failed + " failed of "
-                + RunReport.count(report.steps.size(), "step") + " over " + RunReport.count((int) methods, "method")
-                + (report.stopped ? "; stopped at the first failure (-x)" : ""));
+        for (String line : Table.wrap("sequence: " + (report.steps.size() - failed) + " passed, " + failed
+                + " failed of " + RunReport.count(report.steps.size(), "step") + " over "
+                + RunReport.count((int) methods, "method") + (report.stopped ? "; stopped by -x" : ""), terminal.width)) {
+            out.println(line);
+        }
     }
 
     private Table sequenceTable(List<Step> steps, List<Integer> chosen) {

@@ -1,6 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import java.io.PrintWriter;
+import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
 
@@ -116,6 +117,25 @@ final class Table {
             }
         }
         out.println(stripEnd(line));
+    }
+
+    /**
+     * A summary line broken at spaces into lines of at most width columns, the later ones indented;
+     * a word longer than the width stays whole.
+     */
+    static List<String> wrap(String text, int width) {
+        List<String> lines = new ArrayList<>();
+        String rest = text;
+        while (Terminal.columns(rest) > width) {
+            int cut = rest.lastIndexOf(' ', Math.min(rest.length(), width));
+            if (cut <= INDENT.length()) {
+                break;
+            }
+            lines.add(rest.substring(0, cut));
+            rest = INDENT + rest.substring(cut + 1);
+        }
+        lines.add(rest);
+        return lines;
     }
 
     /** A line under the last row. */
