@@ -99,7 +99,13 @@ public final class Console implements Callable<Integer> {
     /** What was wrong with the command line, naming the argument. */
     static String reason(ParameterException e) {
         if (e.getCause() instanceof TypeConversionException) {
-            return e.getCause().getMessage();
+            // A converter may not know which option it serves: name it unless the message does.
+            String message = e.getCause().getMessage();
+            if (e.getArgSpec() instanceof OptionSpec) {
+                String option = ((OptionSpec) e.getArgSpec()).longestName();
+                return message.contains(option) ? message : option + ": " + message;
+            }
+            return message;
         }
         if (e instanceof MissingParameterException) {
             for (CommandLine.Model.ArgSpec missing : ((MissingParameterException) e).getMissing()) {

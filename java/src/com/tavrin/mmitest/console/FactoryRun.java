@@ -40,7 +40,7 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = "--list", description = "List the numbered steps (those selected) without running them.")
     boolean list;
 
-    @Option(names = "--step", split = ",", paramLabel = "N", description = "Run only these steps (numbers from --list).")
+    @Option(names = "--step", split = ",", paramLabel = "N", converter = StepNumber.class, description = "Run only these steps (numbers from --list).")
     List<Integer> stepNumbers = new ArrayList<>();
 
     @Option(names = "-k", paramLabel = "TEXT", description = "Run only the steps whose method name contains TEXT "
@@ -61,7 +61,7 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = "--no-drill", description = "Skip the service-death drill.")
     boolean noDrill;
 
-    @Option(names = "--drill-fault", paramLabel = "FAULT", defaultValue = "kill",
+    @Option(names = "--drill-fault", paramLabel = "FAULT", defaultValue = "kill", converter = FaultName.class,
             description = "How the drill's service dies: kill (the drill kills it and revives it) or crash (it "
                     + "crashes in the middle of a call and restarts after the restart delay); default: "
                     + "${DEFAULT-VALUE}.")
@@ -89,6 +89,29 @@ final class FactoryRun implements Callable<Integer> {
     boolean version;
 
     enum DrillFault { kill, crash }
+
+    static final class StepNumber implements CommandLine.ITypeConverter<Integer> {
+        @Override
+        public Integer convert(String value) {
+            try {
+                return Integer.parseInt(value);
+            } catch (NumberFormatException e) {
+                throw new CommandLine.TypeConversionException("--step takes numbers from --list, got '" + value + "'");
+            }
+        }
+    }
+
+    static final class FaultName implements CommandLine.ITypeConverter<DrillFault> {
+        @Override
+        public DrillFault convert(String value) {
+            for (DrillFault f : DrillFault.values()) {
+                if (f.name().equals(value)) {
+                    return f;
+                }
+            }
+            throw new CommandLine.TypeConversionException("--drill-fault takes kill or crash, got '" + value + "'");
+        }
+    }
 
     /** The command line this command runs in; set when the console's command line is made. */
     CommandLine commandLine;
@@ -184,6 +207,16 @@ final class FactoryRun implements Callable<Integer> {
     private void check() {
         if (repeat < 1 || repeat > 100_000) {
             throw new IllegalArgumentException("--repeat takes 1 to 100000, got " + repeat);
+        }
+        if (list) {
+            for (String option : List.of("--junit", "--json", "--repeat", "--exitfirst")) {
+                OptionSpec given = commandLine.getParseResult().matchedOption(option);
+                if (given != null) {
+                    String typed = given.arity().max() == 0 ? option : option + " " + given.originalStringValues().get(0);
+                    throw new IllegalArgumentException("--list runs nothing, so " + typed
+                            + " has no effect; give one or the other");
+                }
+            }
         }
         if (quiet && verbose) {
             throw new IllegalArgumentException("-q and -v contradict each other; give one");

@@ -217,13 +217,20 @@ class ConsoleEndToEndTest {
         assertEquals(coloured, r.out().contains("\033["), r.out());
     }
 
-    /** A bad output file stops the run before the device starts: one line, exit 2, the file untouched. */
+    /** A bad command line or output file stops the run before the device starts: one line, exit 2, the file untouched. */
     @ParameterizedTest(name = "{0}")
     @CsvSource(delimiter = '|', value = {"--junit no/such/r.xml | --junit no/such/r.xml: folder no/such does not exist",
         "--json capture.txt | --json capture.txt: the file exists and holds something other than results",
         "--junit . | --junit .: is a folder",
-        "--junit r --json r | --junit and --json name the same file r"})
-    void outputFilesAreCheckedBeforeAnythingRuns(String options, String reason) throws Exception {
+        "--junit r --json r | --junit and --json name the same file r",
+        "--step abc | --step takes numbers from --list, got 'abc'",
+        "--drill-fault bogus | --drill-fault takes kill or crash, got 'bogus'",
+        "--drill nosuch | --drill: unknown service 'nosuch'; the services are factory, display,",
+        "--restart-delay abc | --restart-delay takes milliseconds 0 to 60000 or never, got abc",
+        "--start-delay power=60001 | --start-delay takes milliseconds 0 to 60000, got 60001",
+        "--list -x | --list runs nothing, so --exitfirst has no effect",
+        "--list --json r.json | --list runs nothing, so --json r.json has no effect"})
+    void badLinesAreRefusedBeforeAnythingRuns(String options, String reason) throws Exception {
         Files.writeString(dir.resolve("capture.txt"), "1000\n");
         List<String> args = new ArrayList<>(List.of("run"));
         args.addAll(List.of(options.split(" ")));
