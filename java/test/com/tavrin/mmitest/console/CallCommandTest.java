@@ -93,9 +93,10 @@ class CallCommandTest {
         "transport_eror | (did you mean transport-error?)",
         "NoCallBack | (did you mean nocallback?)",
         "0,bytes:4g | column 9: bytes: needs pairs of hex digits; bytes:HEX takes pairs of hex digits 0-9 a-f",
+        "bytes:zz | device says no; bytes:HEX takes pairs of hex digits",
         "banana | device says no"})
     void refusedAnswersNameTheAcceptedForms(String answer, String message) {
-        String device = answer.contains("bytes:") ? "column 9: bytes: needs pairs of hex digits" : "device says no";
+        String device = answer.startsWith("0,") ? "column 9: bytes: needs pairs of hex digits" : "device says no";
         assertTrue(Answers.explain(answer, device).contains(message), Answers.explain(answer, device));
     }
 }

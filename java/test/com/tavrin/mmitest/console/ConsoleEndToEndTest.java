@@ -98,6 +98,14 @@ class ConsoleEndToEndTest {
                 + "call: power.getPowerState(\"battery\")\n", r.out(), "a failing code empties the power state");
     }
 
+    /** What the user typed comes back with its control characters shown, not obeyed by the terminal. */
+    @Test
+    void refusalsEscapeControlCharacters() throws Exception {
+        Result r = console("call", "get\u001b[31m");
+        assertEquals(2, r.code(), r.err());
+        assertTrue(r.err().contains("get\\u001b[31m") && !r.err().contains("\u001b"), r.err());
+    }
+
     @Test
     void anAnswerTheDeviceRefusesEndsTheConsole() throws Exception {
         Result r = console("call", "--answer", "power.getPowerStat=5", "getPowerStateNative", "battery");
