@@ -129,10 +129,14 @@ final class Table {
         while (Terminal.columns(rest) > width) {
             int cut = rest.lastIndexOf(' ', Math.min(rest.length(), width));
             if (cut <= INDENT.length()) {
-                break;
+                // A word wider than the line: it stays whole, and the break comes after it.
+                cut = rest.indexOf(' ', INDENT.length());
+                if (cut < 0) {
+                    break;
+                }
             }
-            lines.add(rest.substring(0, cut));
-            rest = INDENT + rest.substring(cut + 1);
+            lines.add(stripEnd(new StringBuilder(rest.substring(0, cut))));
+            rest = INDENT + rest.substring(cut + 1).stripLeading();
         }
         lines.add(rest);
         return lines;

@@ -145,11 +145,23 @@ class ConsoleEndToEndTest {
     void listOpsGivesEachOperationsAnswerShapeAndKeywords() throws Exception {
         Result r = console("call", "--list-ops", "power");
         assertEquals(0, r.code(), r.err());
-        assertEquals(List.of("service operation answer keywords",
-                "power getPowerState callback: int32 code, string info nocallback, transport-error, crash",
-                "power setPowerState value: int32 result transport-error, crash",
-                "power checkUsbSpeed callback: int32 code, string info nocallback, transport-error, crash"),
-                r.lines().stream().map(l -> l.strip().replaceAll(" {2,}", " ")).collect(Collectors.toList()));
+        assertEquals(List.of("  power.getPowerState  callback: int32 code, string info",
+                "    keywords: nocallback, transport-error, crash",
+                "  power.setPowerState  value: int32 result",
+                "    keywords: transport-error, crash",
+                "  power.checkUsbSpeed  callback: int32 code, string info",
+                "    keywords: nocallback, transport-error, crash"), r.lines());
+    }
+
+    /** Every operation whole, within the width where its words allow, no trailing spaces. */
+    @ParameterizedTest(name = "COLUMNS={0}")
+    @ValueSource(ints = {80, 50})
+    void listOpsFitsTheWidth(int columns) throws Exception {
+        Result r = console(null, Map.of("COLUMNS", String.valueOf(columns)), List.of(), "call", "--list-ops");
+        assertTrue(r.out().contains("otherdevices.getTouchkeyCapacitanceTestResult"), r.out());
+        for (String l : r.lines()) {
+            assertTrue(l.length() <= columns && !l.endsWith(" ") || !l.strip().contains(" "), "'" + l + "'");
+        }
     }
 
     @Test
