@@ -38,7 +38,7 @@ final class Answers {
                 }
             }
         }
-        if (error.contains("bytes:")) {
+        if (error.contains("bytes:") || answer.contains("bytes:")) {
             return error + "; bytes:HEX takes pairs of hex digits 0-9 a-f (bytes:41ff42 is the three bytes 41 FF 42)";
         }
         return error;

@@ -88,7 +88,7 @@ final class CallCommand implements Callable<Integer> {
         PrintWriter err = commandLine.getErr();
         if (listOps != null) {
             try {
-                listOperations(out, listOps.isEmpty() ? DeviceOptions.SERVICES
+                listOperations(out, Terminal.of(System.getenv(), true), listOps.isEmpty() ? DeviceOptions.SERVICES
                         : List.of(DeviceOptions.service(listOps, DeviceOptions.SERVICES)));
             } catch (CommandLine.TypeConversionException e) {
                 err.println("mmi call: --list-ops: " + e.getMessage());
@@ -142,19 +142,20 @@ final class CallCommand implements Callable<Integer> {
     }
 
     /** One row per operation: service, operation, what it answers and the answer keywords it takes. */
-    static void listOperations(PrintWriter out, List<String> services) {
-        List<String[]> rows = new ArrayList<>();
+    static void listOperations(PrintWriter out, Terminal terminal, List<String> services) {
+        // Each operation on a line of its own and its keywords under it, so nothing is cut at any
+        // width; a line still too wide goes on on the next.
         for (String service : services) {
             String[] names = SimulatedDevice.operations(service);
             String[] shapes = SimulatedDevice.shapes(service);
             for (int i = 0; i < names.length; i++) {
-                rows.add(new String[] {service, names[i], shapes[i], String.join(", ", Answers.keywords(shapes[i]))});
+                List<String> lines = new ArrayList<>(Table.wrap(Table.INDENT + service + "." + names[i] + "  "
+                        + shapes[i], terminal.width));
+                lines.addAll(Table.wrap(Table.INDENT + "  keywords: " + String.join(", ", Answers.keywords(shapes[i])),
+                        terminal.width));
+                lines.forEach(out::println);
             }
         }
-        // A listing to read or grep whole: nothing is cut.
-        Table table = new Table(out, new Terminal(Integer.MAX_VALUE, false), true,
-                new String[] {"service", "operation", "answer", "keywords"}, Table.widest(rows), new int[4]);
-        rows.forEach(table::plain);
     }
 
     static String json(StepRecord r) {

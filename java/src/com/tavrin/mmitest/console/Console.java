@@ -76,7 +76,13 @@ public final class Console implements Callable<Integer> {
         line.setOut(new PrintWriter(new OutputStreamWriter(new FileOutputStream(FileDescriptor.out),
                 StandardCharsets.UTF_8), true));
         line.setErr(new PrintWriter(new OutputStreamWriter(new FileOutputStream(FileDescriptor.err),
-                StandardCharsets.UTF_8), true));
+                StandardCharsets.UTF_8), true) {
+            // Messages echo what the user typed: a control character in it is shown, not obeyed.
+            @Override
+            public void println(String message) {
+                super.println(Terminal.printable(message));
+            }
+        });
         // Method arguments are taken as typed: "@x" is a text, not a file to read arguments from;
         // options may come before or after the method, and after "--" everything is an argument.
         line.setExpandAtFiles(false);
@@ -99,7 +105,13 @@ public final class Console implements Callable<Integer> {
     /** What was wrong with the command line, naming the argument. */
     static String reason(ParameterException e) {
         if (e.getCause() instanceof TypeConversionException) {
-            return e.getCause().getMessage();
+            // A converter may not know which option it serves: name it unless the message does.
+            String message = e.getCause().getMessage();
+            if (e.getArgSpec() instanceof OptionSpec) {
+                String option = ((OptionSpec) e.getArgSpec()).longestName();
+                return message.contains(option) ? message : option + ": " + message;
+            }
+            return message;
         }
         if (e instanceof MissingParameterException) {
             for (CommandLine.Model.ArgSpec missing : ((MissingParameterException) e).getMissing()) {

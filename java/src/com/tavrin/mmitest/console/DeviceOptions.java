@@ -109,8 +109,8 @@ final class DeviceOptions {
 
     static String service(String name, List<String> allowed) {
         if (!allowed.contains(name)) {
-            throw new TypeConversionException("unknown service " + name + " here (one of "
-                    + String.join(", ", allowed) + ")");
+            throw new TypeConversionException("unknown service '" + name + "'; the services are "
+                    + String.join(", ", allowed));
         }
         return name;
     }
@@ -138,16 +138,20 @@ final class DeviceOptions {
         return !startDelays.isEmpty();
     }
 
-    static long milliseconds(String text, String option) {
+    /** The longest a delay may be: longer ones would look like a hang. */
+    static final long MAX_DELAY_MS = 60_000;
+
+    static long milliseconds(String text, String option, String or) {
         try {
             long ms = Long.parseLong(text);
-            if (ms >= 0) {
+            if (ms >= 0 && ms <= MAX_DELAY_MS) {
                 return ms;
             }
         } catch (NumberFormatException e) {
             // reported below
         }
-        throw new TypeConversionException(option + " takes milliseconds (0 or more), got " + text);
+        throw new TypeConversionException(option + " takes milliseconds 0 to " + MAX_DELAY_MS + or + ", got "
+                + text);
     }
 
     static final class StartDelayConverter implements ITypeConverter<StartDelay> {
@@ -158,14 +162,14 @@ final class DeviceOptions {
                 throw new TypeConversionException("--start-delay takes SERVICE=MS, got " + option);
             }
             return new StartDelay(service(option.substring(0, eq), SERVICES),
-                    milliseconds(option.substring(eq + 1), "--start-delay"));
+                    milliseconds(option.substring(eq + 1), "--start-delay", ""));
         }
     }
 
     static final class RestartDelayConverter implements ITypeConverter<Long> {
         @Override
         public Long convert(String value) {
-            return value.equals("never") ? -1L : milliseconds(value, "--restart-delay");
+            return value.equals("never") ? -1L : milliseconds(value, "--restart-delay", " or never");
         }
     }
 

@@ -40,7 +40,7 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = "--list", description = "List the numbered steps (those selected) without running them.")
     boolean list;
 
-    @Option(names = "--step", split = ",", paramLabel = "N", description = "Run only these steps (numbers from --list).")
+    @Option(names = "--step", split = ",", paramLabel = "N", converter = StepNumber.class, description = "Run only these steps (numbers from --list).")
     List<Integer> stepNumbers = new ArrayList<>();
 
     @Option(names = "-k", paramLabel = "TEXT", description = "Run only the steps whose method name contains TEXT "
@@ -61,7 +61,7 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = "--no-drill", description = "Skip the service-death drill.")
     boolean noDrill;
 
-    @Option(names = "--drill-fault", paramLabel = "FAULT", defaultValue = "kill",
+    @Option(names = "--drill-fault", paramLabel = "FAULT", defaultValue = "kill", converter = FaultName.class,
             description = "How the drill's service dies: kill (the drill kills it and revives it) or crash (it "
                     + "crashes in the middle of a call and restarts after the restart delay); default: "
                     + "${DEFAULT-VALUE}.")
@@ -89,6 +89,29 @@ final class FactoryRun implements Callable<Integer> {
     boolean version;
 
     enum DrillFault { kill, crash }
+
+    static final class StepNumber implements CommandLine.ITypeConverter<Integer> {
+        @Override
+        public Integer convert(String value) {
+            try {
+                return Integer.parseInt(value);
+            } catch (NumberFormatException e) {
+                throw new CommandLine.TypeConversionException("--step takes numbers from --list, got '" + value + "'");
+            }
+        }
+    }
+
+    static final class FaultName implements CommandLine.ITypeConverter<DrillFault> {
+        @Override
+        public DrillFault convert(String value) {
+            for (DrillFault f : DrillFault.values()) {
+                if (f.name().equals(value)) {
+                    return f;
+                }
+            }
+            throw new CommandLine.TypeConversionException("--drill-fault takes kill or crash, got '" + value + "'");
+        }
+    }
 
     /** The command line this command runs in; set when the console's command line is made. */
     CommandLine commandLine;
@@ -138,9 +161,9 @@ final class FactoryRun implements Callable<Integer> {
         sequence(report, steps, chosen, err);
         if (report.drillService != null) {
             if (report.stopped) {
-                report.drillSkipped = "stopped at the first failure (-x)";
+                report.drillSkipped = "stopped by -x";
             } else if (device.absent.contains(drillService)) {
-                report.drillSkipped = drillService + " is absent (--absent " + drillService + ")";
+                report.drillSkipped = drillService + " is absent";
             } else {
                 drill(report);
             }
@@ -160,8 +183,9 @@ final class FactoryRun implements Callable<Integer> {
                 Table.verdictLine(out, terminal, verbose, line[0], line[1]);
             }
         }
-        String verdict = report.verdictLine();
-        out.println(terminal.paint(report.passed() ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED, verdict));
+        for (String line : Table.wrap(report.verdictLine(), terminal.width)) {
+            out.println(terminal.paint(report.passed() ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED, line));
+        }
         out.flush();
         try {
             if (junit != null) {
@@ -183,6 +207,16 @@ final class FactoryRun implements Callable<Integer> {
     private void check() {
         if (repeat < 1 || repeat > 100_000) {
             throw new IllegalArgumentException("--repeat takes 1 to 100000, got " + repeat);
+        }
+        if (list) {
+            for (String option : List.of("--junit", "--json", "--repeat", "--exitfirst")) {
+                OptionSpec given = commandLine.getParseResult().matchedOption(option);
+                if (given != null) {
+                    String typed = given.arity().max() == 0 ? option : option + " " + given.originalStringValues().get(0);
+                    throw new IllegalArgumentException("--list runs nothing, so " + typed
+                            + " has no effect; give one or the other");
+                }
+            }
         }
         if (quiet && verbose) {
             throw new IllegalArgumentException("-q and -v contradict each other; give one");
@@ -341,9 +375,11 @@ final class FactoryRun implements Callable<Integer> {
         }
         int failed = report.failedSteps();
         long methods = report.steps.stream().map(s -> s.method).distinct().count();
-        out.println("sequence: " + (report.steps.size() - failed) + " passed, " + failed + " failed of "
-                + RunReport.count(report.steps.size(), "step") + " over " + RunReport.count((int) methods, "method")
-                + (report.stopped ? "; stopped at the first failure (-x)" : ""));
+        for (String line : Table.wrap("sequence: " + (report.steps.size() - failed) + " passed, " + failed
+                + " failed of " + RunReport.count(report.steps.size(), "step") + " over "
+                + RunReport.count((int) methods, "method") + (report.stopped ? "; stopped by -x" : ""), terminal.width)) {
+            out.println(line);
+        }
     }
 
     private Table sequenceTable(List<Step> steps, List<Integer> chosen) {
@@ -390,7 +426,8 @@ final class FactoryRun implements Callable<Integer> {
         if (!quiet) {
             out.println();
             out.println("Service-death drill: " + (drillFault == DrillFault.kill ? "kill " + service + ", then revive it"
-                    : "crash " + service + " in a call, then let it restart"));
+                    : "crash " + service + " in a call, then " + (neverRestarts()
+                            ? "revive it (it never restarts)" : "let it restart")));
         }
         SimulatedDevice.takeLogs();
         SimulatedDevice.takeCalls();
@@ -414,13 +451,23 @@ final class FactoryRun implements Callable<Integer> {
         }
         report.downLogs = downLogs.toArray(new String[0]);
 
+        // A crashed service restarts on its own, and what it logged meanwhile belongs to its revival;
+        // one that never restarts must still be down, and the drill revives it as a killed one.
+        List<String> reviveLogs = new ArrayList<>();
         if (drillFault == DrillFault.crash) {
             SimulatedDevice.waitRestarts();
+            reviveLogs.addAll(List.of(SimulatedDevice.takeLogs()));
+            if (neverRestarts()) {
+                report.line(!contains(reviveLogs.toArray(new String[0]), "ReinitHal"), "the service stays down",
+                        service + " stays down until the drill revives it (--restart-delay never)");
+            }
         }
-        // A crashed service that is never restarted (--restart-delay never) is revived as a killed one is.
-        SimulatedDevice.revive(service);
-        SimulatedDevice.waitIdle();
-        report.reviveLogs = SimulatedDevice.takeLogs();
+        if (revivedByDrill()) {
+            SimulatedDevice.revive(service);
+            SimulatedDevice.waitIdle();
+            reviveLogs.addAll(List.of(SimulatedDevice.takeLogs()));
+        }
+        report.reviveLogs = reviveLogs.toArray(new String[0]);
         SimulatedDevice.takeCalls();
         List<StepRecord> after = probe(probes);
 
@@ -467,9 +514,16 @@ final class FactoryRun implements Callable<Integer> {
         }
     }
 
+    private boolean neverRestarts() {
+        return device.restartDelay != null && device.restartDelay < 0;
+    }
+
+    private boolean revivedByDrill() {
+        return drillFault == DrillFault.kill || neverRestarts();
+    }
+
     private void printDrill(RunReport report, List<String[]> rows) {
-        String[] header = {"", "service", "request", "while down",
-            drillFault == DrillFault.kill ? "after revive" : "after restart"};
+        String[] header = {"", "service", "request", "while down", revivedByDrill() ? "after revive" : "after restart"};
         Table table = new Table(out, terminal, verbose, header, Table.widest(rows), new int[] {4, 12, 16, 8, 8});
         for (String[] row : rows) {
             table.row(Arrays.copyOf(row, header.length));

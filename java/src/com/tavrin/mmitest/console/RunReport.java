@@ -152,11 +152,11 @@ final class RunReport {
             line += ", " + notChecked + " not checked";
         }
         if (stopped) {
-            line += ", stopped at the first failure (-x)";
+            line += ", stopped by -x";
         } else if (drillService != null && drillSkipped != null) {
             line += ", drill skipped: " + drillSkipped;
         }
-        String runs = repeat > 1 ? repeat + " runs of each step, " : "";
+        String runs = repeat > 1 ? repeat + " runs each, " : "";
         return line + String.format(Locale.ROOT, " (%s%.1f s)", runs, seconds);
     }
 

@@ -1,6 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import java.io.PrintWriter;
+import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
 
@@ -8,7 +9,7 @@ import java.util.List;
  * A table printed row by row as results come in, so its column widths are settled up front from
  * what each column wants; when the terminal is narrower, the widest columns give way first and
  * long cells end in an ellipsis. The first column is the verdict: PASS, FAIL or SKIP, coloured.
- * Verbose tables cut nothing.
+ * Verbose tables cut nothing: a long cell pushes the rest of its row right.
  */
 final class Table {
     static final String INDENT = "  ";
@@ -34,7 +35,9 @@ final class Table {
             wanted[c] = Math.max(natural[c], header[c].length());
         }
         int available = terminal.width - INDENT.length() - GAP.length() * (header.length - 1);
-        widths = full ? wanted : fit(wanted, minimum, available);
+        // Verbose rows keep the layout but cut no cell: one wider than its column runs on, and the
+        // columns after it give up their alignment rather than pad every row to the widest cell.
+        widths = fit(wanted, minimum, available);
         print(null, header);
     }
 
@@ -114,6 +117,29 @@ final class Table {
             }
         }
         out.println(stripEnd(line));
+    }
+
+    /**
+     * A summary line broken at spaces into lines of at most width columns, the later ones indented;
+     * a word longer than the width stays whole.
+     */
+    static List<String> wrap(String text, int width) {
+        List<String> lines = new ArrayList<>();
+        String rest = text;
+        while (Terminal.columns(rest) > width) {
+            int cut = rest.lastIndexOf(' ', Math.min(rest.length(), width));
+            if (cut <= INDENT.length()) {
+                // A word wider than the line: it stays whole, and the break comes after it.
+                cut = rest.indexOf(' ', INDENT.length());
+                if (cut < 0) {
+                    break;
+                }
+            }
+            lines.add(stripEnd(new StringBuilder(rest.substring(0, cut))));
+            rest = INDENT + rest.substring(cut + 1).stripLeading();
+        }
+        lines.add(rest);
+        return lines;
     }
 
     /** A line under the last row. */

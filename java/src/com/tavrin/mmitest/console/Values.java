@@ -144,7 +144,7 @@ final class Values {
         int end = Answers.objectEnd(text);
         if (end > 0 && !text.substring(end).isBlank()) {
             int at = end + (text.length() - end - text.substring(end).stripLeading().length());
-            throw new IllegalArgumentException("unexpected text after the record at position " + at + " of " + text
+            throw new IllegalArgumentException("unexpected text after the record at column " + (at + 1) + " of " + text
                     + " (the record ends at its closing })");
         }
         JsonElement e = json(Answers.quoteBareMembers(text), false);
@@ -222,7 +222,7 @@ final class Values {
         String where = " in " + text;
         if (m.matches()) {
             reason = m.group(1);
-            where = " at position " + (Integer.parseInt(m.group(2)) - 1) + " of " + text;
+            where = " at column " + m.group(2) + " of " + text;
         }
         return new IllegalArgumentException(Character.toLowerCase(reason.charAt(0)) + reason.substring(1) + where);
     }

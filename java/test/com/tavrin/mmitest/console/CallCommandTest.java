@@ -64,21 +64,21 @@ class CallCommandTest {
     @ParameterizedTest(name = "{0}")
     @CsvSource(delimiter = '|', value = {
         "--only-1.0 power getBsnNative | power has no version 1.1 to withhold",
-        "--only-1.0 nowhere getBsnNative | unknown service nowhere",
+        "--only-1.0 nowhere getBsnNative | unknown service 'nowhere'",
         "getBsnNative --bogus | goes after --: mmi call METHOD -- --bogus",
         "setTestCycleNative 2147483648 1 | 2147483648 is out of range for int",
         "--answer power=5 getBsnNative | SERVICE.OPERATION=ANSWER",
         "--absent | needs a value",
-        "--absent nowhere getBsnNative | unknown service nowhere",
+        "--absent nowhere getBsnNative | unknown service 'nowhere'",
         "--bogus | unknown option --bogus",
         "--absent light | no method named",
         "getBsnNative2 | no native method getBsnNative2",
         "getPowerStateNative | takes 1 argument, got 0",
         "setMmiResultNative 1 two | argument 2",
         "--start-delay power getBsnNative | SERVICE=MS",
-        "--start-delay moon=5 getBsnNative | unknown service moon",
-        "--start-delay power=-5 getBsnNative | milliseconds (0 or more), got -5",
-        "--restart-delay soon getBsnNative | milliseconds (0 or more), got soon"})
+        "--start-delay moon=5 getBsnNative | unknown service 'moon'",
+        "--start-delay power=-5 getBsnNative | milliseconds 0 to 60000, got -5",
+        "--restart-delay soon getBsnNative | milliseconds 0 to 60000 or never, got soon"})
     void refused(String line, String reason) {
         IllegalArgumentException e = assertThrows(IllegalArgumentException.class,
                 () -> CallCommand.parse(List.of(line.split(" "))));
@@ -93,9 +93,10 @@ class CallCommandTest {
         "transport_eror | (did you mean transport-error?)",
         "NoCallBack | (did you mean nocallback?)",
         "0,bytes:4g | column 9: bytes: needs pairs of hex digits; bytes:HEX takes pairs of hex digits 0-9 a-f",
+        "bytes:zz | device says no; bytes:HEX takes pairs of hex digits",
         "banana | device says no"})
     void refusedAnswersNameTheAcceptedForms(String answer, String message) {
-        String device = answer.contains("bytes:") ? "column 9: bytes: needs pairs of hex digits" : "device says no";
+        String device = answer.startsWith("0,") ? "column 9: bytes: needs pairs of hex digits" : "device says no";
         assertTrue(Answers.explain(answer, device).contains(message), Answers.explain(answer, device));
     }
 }

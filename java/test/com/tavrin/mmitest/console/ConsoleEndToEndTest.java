@@ -24,6 +24,7 @@ import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.Arguments;
 import org.junit.jupiter.params.provider.CsvSource;
 import org.junit.jupiter.params.provider.MethodSource;
+import org.junit.jupiter.params.provider.ValueSource;
 import org.w3c.dom.Document;
 
 /**
@@ -97,6 +98,14 @@ class ConsoleEndToEndTest {
                 + "call: power.getPowerState(\"battery\")\n", r.out(), "a failing code empties the power state");
     }
 
+    /** What the user typed comes back with its control characters shown, not obeyed by the terminal. */
+    @Test
+    void refusalsEscapeControlCharacters() throws Exception {
+        Result r = console("call", "get\u001b[31m");
+        assertEquals(2, r.code(), r.err());
+        assertTrue(r.err().contains("get\\u001b[31m") && !r.err().contains("\u001b"), r.err());
+    }
+
     @Test
     void anAnswerTheDeviceRefusesEndsTheConsole() throws Exception {
         Result r = console("call", "--answer", "power.getPowerStat=5", "getPowerStateNative", "battery");
@@ -136,11 +145,23 @@ class ConsoleEndToEndTest {
     void listOpsGivesEachOperationsAnswerShapeAndKeywords() throws Exception {
         Result r = console("call", "--list-ops", "power");
         assertEquals(0, r.code(), r.err());
-        assertEquals(List.of("service operation answer keywords",
-                "power getPowerState callback: int32 code, string info nocallback, transport-error, crash",
-                "power setPowerState value: int32 result transport-error, crash",
-                "power checkUsbSpeed callback: int32 code, string info nocallback, transport-error, crash"),
-                r.lines().stream().map(l -> l.strip().replaceAll(" {2,}", " ")).collect(Collectors.toList()));
+        assertEquals(List.of("  power.getPowerState  callback: int32 code, string info",
+                "    keywords: nocallback, transport-error, crash",
+                "  power.setPowerState  value: int32 result",
+                "    keywords: transport-error, crash",
+                "  power.checkUsbSpeed  callback: int32 code, string info",
+                "    keywords: nocallback, transport-error, crash"), r.lines());
+    }
+
+    /** Every operation whole, within the width where its words allow, no trailing spaces. */
+    @ParameterizedTest(name = "COLUMNS={0}")
+    @ValueSource(ints = {80, 50})
+    void listOpsFitsTheWidth(int columns) throws Exception {
+        Result r = console(null, Map.of("COLUMNS", String.valueOf(columns)), List.of(), "call", "--list-ops");
+        assertTrue(r.out().contains("otherdevices.getTouchkeyCapacitanceTestResult"), r.out());
+        for (String l : r.lines()) {
+            assertTrue(l.length() <= columns && !l.endsWith(" ") || !l.strip().contains(" "), "'" + l + "'");
+        }
     }
 
     @Test
@@ -184,11 +205,24 @@ class ConsoleEndToEndTest {
     /** Healthy, failing, missing a service, verbose cut nothing but the rest fits. */
     @ParameterizedTest(name = "COLUMNS={0} {1}")
     @CsvSource(delimiter = '|', value = {"80 | run", "80 | run --answer " + SELF_TEST_FAILS + " --absent display",
-        "100 | run --answer " + SELF_TEST_FAILS, "80 | run --list", "70 | run --drill sensors"})
+        "100 | run --answer " + SELF_TEST_FAILS, "80 | run --list", "70 | run --drill sensors", "80 | run -x --answer sensors.startSensorSelfTest=5",
+        "80 | run --repeat 5 --absent otherdevices --answer " + SELF_TEST_FAILS})
     void noLineIsWiderThanTheTerminal(int columns, String line) throws Exception {
         Result r = console(null, Map.of("COLUMNS", String.valueOf(columns)), List.of(), line.split(" "));
         for (String l : r.lines()) {
             assertTrue(Terminal.columns(l) <= columns, l.length() + " columns: " + l);
+        }
+    }
+
+    /** Verbose cuts no cell, yet pads no row to the widest one: no padding past the width, no trailing spaces. */
+    @ParameterizedTest(name = "{0}")
+    @ValueSource(strings = {"run -v --no-drill", "run --list -v"})
+    void verboseRowsAreNotPadded(String line) throws Exception {
+        Result r = console(null, Map.of("COLUMNS", "80"), List.of(), line.split(" "));
+        assertTrue(r.out().contains("setPowerStateNative"), r.out());
+        for (String l : r.lines()) {
+            boolean padded = l.endsWith(" ") || l.length() > 80 && l.substring(80).contains("   ");
+            assertTrue(l.contains("log: ") || !padded, "padded: '" + l + "'");
         }
     }
 
@@ -203,13 +237,20 @@ class ConsoleEndToEndTest {
         assertEquals(coloured, r.out().contains("\033["), r.out());
     }
 
-    /** A bad output file stops the run before the device starts: one line, exit 2, the file untouched. */
+    /** A bad command line or output file stops the run before the device starts: one line, exit 2, the file untouched. */
     @ParameterizedTest(name = "{0}")
     @CsvSource(delimiter = '|', value = {"--junit no/such/r.xml | --junit no/such/r.xml: folder no/such does not exist",
         "--json capture.txt | --json capture.txt: the file exists and holds something other than results",
         "--junit . | --junit .: is a folder",
-        "--junit r --json r | --junit and --json name the same file r"})
-    void outputFilesAreCheckedBeforeAnythingRuns(String options, String reason) throws Exception {
+        "--junit r --json r | --junit and --json name the same file r",
+        "--step abc | --step takes numbers from --list, got 'abc'",
+        "--drill-fault bogus | --drill-fault takes kill or crash, got 'bogus'",
+        "--drill nosuch | --drill: unknown service 'nosuch'; the services are factory, display,",
+        "--restart-delay abc | --restart-delay takes milliseconds 0 to 60000 or never, got abc",
+        "--start-delay power=60001 | --start-delay takes milliseconds 0 to 60000, got 60001",
+        "--list -x | --list runs nothing, so --exitfirst has no effect",
+        "--list --json r.json | --list runs nothing, so --json r.json has no effect"})
+    void badLinesAreRefusedBeforeAnythingRuns(String options, String reason) throws Exception {
         Files.writeString(dir.resolve("capture.txt"), "1000\n");
         List<String> args = new ArrayList<>(List.of("run"));
         args.addAll(List.of(options.split(" ")));
@@ -239,7 +280,7 @@ class ConsoleEndToEndTest {
         assertEquals(List.of("Failures:",
                 "  FAIL  step 37 startSensorSelfTestNative(1, 1): 3 of 3 runs failed; answered 5, healthy answer 0"),
                 r.lines().subList(0, 2));
-        assertTrue(r.last().startsWith("FAILED: 1 of 1 step failed (3 runs of each step, "), r.last());
+        assertTrue(r.last().startsWith("FAILED: 1 of 1 step failed (3 runs each, "), r.last());
         assertEquals(3, r.err().lines().filter(l -> l.matches("mmi run: round \\d of 3: 1 of 1 step failed")).count(),
                 r.err());
     }
@@ -255,7 +296,7 @@ class ConsoleEndToEndTest {
     void exitFirstStopsAtTheFirstFailureAndSkipsTheDrill() throws Exception {
         Result r = console("run", "-x", "--answer", SELF_TEST_FAILS);
         assertEquals(1, r.code());
-        assertTrue(r.last().startsWith("FAILED: 1 of 37 steps failed, stopped at the first failure (-x) ("), r.last());
+        assertTrue(r.last().startsWith("FAILED: 1 of 37 steps failed, stopped by -x ("), r.last());
         assertFalse(r.out().contains("Service-death drill"), r.out());
     }
 
@@ -263,7 +304,7 @@ class ConsoleEndToEndTest {
     void theDrillIsSkippedWhenItsServiceIsAbsent() throws Exception {
         Path xml = dir.resolve("r.xml");
         Result r = console("run", "--absent", "sensors", "--drill", "sensors", "--junit", xml.toString());
-        assertTrue(r.out().contains("\ndrill: skipped, sensors is absent (--absent sensors)\n"), r.out());
+        assertTrue(r.out().contains("\ndrill: skipped, sensors is absent\n"), r.out());
         assertFalse(r.out().contains("Service-death drill"), r.out());
         assertTrue(r.last().contains(", drill skipped: sensors is absent"), r.last());
         Document doc = JunitCheck.parse(xml);
@@ -282,13 +323,16 @@ class ConsoleEndToEndTest {
 
     /** A crash in the middle of a call, a restart after the delay, and the programmed answer back. */
     @ParameterizedTest(name = "{0}")
-    @CsvSource({"--restart-delay=50", "--restart-delay=never"})
-    void theDrillCanCrashItsServiceInACall(String restart) throws Exception {
+    @CsvSource({"--restart-delay=50, let it restart, 12", "--restart-delay=never, revive it (it never restarts), 13"})
+    void theDrillCanCrashItsServiceInACall(String restart, String then, int checks) throws Exception {
         Path xml = dir.resolve("r.xml");
         Result r = console("run", "--drill-fault", "crash", restart, "--step", "1", "-v", "--answer",
                 "power.getPowerState=0,\"x\"", "--junit", xml.toString());
         assertEquals(0, r.code(), r.out());
-        assertTrue(r.out().contains("Service-death drill: crash power in a call, then let it restart"), r.out());
+        assertTrue(r.out().contains("Service-death drill: crash power in a call, then " + then), r.out());
+        assertTrue(r.out().contains("drill: " + checks + " of " + checks + " checks passed"), r.out());
+        assertEquals(checks == 13, r.out().contains(
+                "PASS  power stays down until the drill revives it (--restart-delay never)"), r.out());
         assertTrue(r.out().contains("GetPowerState fail, transport error"), r.out());
         assertTrue(r.out().matches("(?s).*  PASS  power +getPowerStateNative\\(\"battery\"\\) +\"\" +\"x\"\n.*"),
                 r.out());

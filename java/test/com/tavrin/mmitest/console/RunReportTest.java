@@ -163,7 +163,7 @@ class RunReportTest {
             r.checks.add(new RunReport.DrillCheck("c" + i, status, "why", List.of()));
         }
         r.drillService = drill.equals("none") ? null : "power";
-        r.drillSkipped = drill.equals("skipped") ? "power is absent (--absent power)" : null;
+        r.drillSkipped = drill.equals("skipped") ? "power is absent" : null;
         r.seconds = 0.84;
         return r;
     }
@@ -174,7 +174,7 @@ class RunReportTest {
         "54 | 1 | 11 | 0 | 1 | ran | FAILED: 1 of 54 steps, 0 of 11 drill checks failed, 1 not checked (0.8 s)",
         "54 | 0 | 10 | 2 | 0 | ran | FAILED: 0 of 54 steps, 2 of 12 drill checks failed (0.8 s)",
         "1 | 0 | 0 | 0 | 0 | none | PASSED: 1 of 1 step passed (0.8 s)",
-        "54 | 3 | 0 | 0 | 0 | skipped | FAILED: 3 of 54 steps failed, drill skipped: power is absent (--absent power) (0.8 s)"})
+        "54 | 3 | 0 | 0 | 0 | skipped | FAILED: 3 of 54 steps failed, drill skipped: power is absent (0.8 s)"})
     void verdictLine(int steps, int failedSteps, int ok, int failed, int skipped, String drill, String line) {
         assertEquals(line, counts(steps, failedSteps, ok, failed, skipped, drill).verdictLine());
     }
@@ -191,7 +191,7 @@ class RunReportTest {
             merged = StepRecord.merge(merged, next);
         }
         r.steps.set(1, merged);
-        assertEquals("FAILED: 1 of 2 steps failed (5 runs of each step, 0.8 s)", r.verdictLine());
+        assertEquals("FAILED: 1 of 2 steps failed (5 runs each, 0.8 s)", r.verdictLine());
         assertEquals("step 2 startSensorSelfTestNative(\"battery\"): 2 of 5 runs failed; answered 5, healthy answer text",
                 r.summary().get(1)[1]);
     }

@@ -69,8 +69,8 @@ class ValuesTest {
                 Arguments.of(BigDataValue.class, "{\"mBogus\":1}", "mBogus"),
                 Arguments.of(BigDataValue.class, "{\"mVersion\":\"1\"}", "integer"),
                 Arguments.of(BigDataValue.class, "{mVersion:1", "end of input"),
-                Arguments.of(BigDataOperation.class, "{}x", "unexpected text after the record at position 2 of {}x"),
-                Arguments.of(BigDataValue.class, "{mBsn: a b} , x", "at position 12 of"));
+                Arguments.of(BigDataOperation.class, "{}x", "unexpected text after the record at column 3 of {}x"),
+                Arguments.of(BigDataValue.class, "{mBsn: a b} , x", "at column 13 of"));
     }
 
     @ParameterizedTest(name = "{0} {1}")
