@@ -76,7 +76,7 @@ final class CallCommand implements Callable<Integer> {
     /** Finds the method and reads its arguments. */
     void resolve() {
         if (methodName == null) {
-            throw new IllegalArgumentException("no method named");
+            throw new IllegalArgumentException("no method named; ./mmi call --help lists the methods");
         }
         method = Natives.find(methodName);
         arguments = Natives.arguments(method, argTexts);
@@ -94,10 +94,6 @@ final class CallCommand implements Callable<Integer> {
                 err.println("mmi call: --list-ops: " + e.getMessage());
                 return Console.USAGE;
             }
-            return Console.OK;
-        }
-        if (methodName == null && device.isEmpty() && !json) {
-            commandLine.usage(out);
             return Console.OK;
         }
         try {
