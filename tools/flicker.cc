@@ -17,6 +17,7 @@
 #include <cctype>
 #include <cerrno>
 #include <cmath>
+#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -35,8 +36,8 @@ constexpr int kBlock = 256;
 constexpr int kBins = 500;
 constexpr int kFirstSearched = 20;
 constexpr int kLastSearched = 498;
-constexpr float kMinRate = 1.0f;
-constexpr float kMaxRate = 1e6f;
+constexpr long kMinRate = 1;
+constexpr long kMaxRate = 1000000;
 constexpr size_t kMaxCaptureBytes = 16u << 20;  // far beyond any capture; stops at /dev/zero
 
 enum Status { kOk = 0, kFailed = 1, kRefused = 2 };
@@ -64,13 +65,23 @@ struct Analysis {
     float amplitude[kBins] = {};
 };
 
+// A message on standard error, after what standard output holds so far, so that the two keep
+// their order when both go to one pipe.
+__attribute__((format(printf, 1, 2))) void Say(const char* format, ...) {
+    std::fflush(stdout);
+    va_list args;
+    va_start(args, format);
+    std::vfprintf(stderr, format, args);
+    va_end(args);
+}
+
 void Usage(std::FILE* to) {
     std::fprintf(to,
                  "usage: flicker [--rate HZ] [--column N] [--json] [--spectrum OUT.svg] FILE...\n"
                  "  FILE holds light samples: one integer a line, one comma-separated line, or a\n"
                  "  table (every line the same number of values) whose series --column N picks;\n"
                  "  the first 256 samples are used, \"-\" reads standard input.\n"
-                 "  --rate HZ        sampling rate, 1 to 1000000 (default 1000)\n"
+                 "  --rate HZ        sampling rate in whole Hz, 1 to 1000000 (default 1000)\n"
                  "  --column N       the table column holding the samples, from 1\n"
                  "  --json           one JSON object a capture instead of the text line\n"
                  "  --spectrum F.svg draw the amplitude spectrum as SVG; with several FILEs one\n"
@@ -459,11 +470,14 @@ std::string SpectrumSvg(const Analysis& a, float rate, const std::string& title)
     return s.str();
 }
 
+// A whole number of Hz: a fraction would be a rate no capture was taken at.
 bool ParseRate(const std::string& text, float& rate) {
-    char* end = nullptr;
-    const float v = std::strtof(text.c_str(), &end);
-    if (text.empty() || *end != '\0' || !(v >= kMinRate && v <= kMaxRate)) return false;
-    rate = v;
+    if (text.empty() || text.size() > 7 ||
+        !std::all_of(text.begin(), text.end(), [](char ch) { return ch >= '0' && ch <= '9'; }))
+        return false;
+    const long v = std::strtol(text.c_str(), nullptr, 10);
+    if (v < kMinRate || v > kMaxRate) return false;
+    rate = static_cast<float>(v);
     return true;
 }
 
@@ -494,7 +508,7 @@ bool ParseArguments(int argc, char** argv, Options& opt, bool& help) {
             arg.resize(eq);
         } else if (takes_value) {
             if (i + 1 >= argc) {
-                std::fprintf(stderr, "flicker: %s needs a value\n", arg.c_str());
+                Say("flicker: %s needs a value\n", arg.c_str());
                 return false;
             }
             value = argv[++i];
@@ -508,22 +522,21 @@ bool ParseArguments(int argc, char** argv, Options& opt, bool& help) {
         } else if (arg == "--spectrum") {
             opt.spectrum = value;
         } else if (arg == "--rate" && !ParseRate(value, opt.rate)) {
-            std::fprintf(stderr,
-                         "flicker: --rate takes a sampling rate from 1 to 1000000 Hz, not '%s'\n",
-                         Printable(value).c_str());
+            Say("flicker: --rate takes a sampling rate in whole Hz from 1 to 1000000, not '%s'\n",
+                Printable(value).c_str());
             return false;
         } else if (arg == "--column" && !ParseColumn(value, opt.column)) {
-            std::fprintf(stderr, "flicker: --column takes a column number from 1, not '%s'\n",
-                         Printable(value).c_str());
+            Say("flicker: --column takes a column number from 1, not '%s'\n",
+                Printable(value).c_str());
             return false;
         } else if (!takes_value) {
-            std::fprintf(stderr, "flicker: unknown option '%s' (flicker --help lists them)\n",
-                         Printable(arg).c_str());
+            Say("flicker: unknown option '%s' (flicker --help lists them)\n",
+                Printable(arg).c_str());
             return false;
         }
     }
     if (!help && opt.files.empty()) {
-        std::fprintf(stderr, "flicker: no capture given; usage: flicker [OPTIONS] FILE...\n");
+        Say("flicker: no capture given; usage: flicker [OPTIONS] FILE...\n");
         return false;
     }
     return true;
@@ -555,7 +568,9 @@ std::string OutputProblem(const std::string& out, const std::vector<Capture>& ca
         if (c.name != "-" && (c.name == out || SameFile(c.name, out))) {
             return "is the capture " + Printable(c.name) + "; refusing to write over it";
         }
-        if (&c.svg != &out && c.svg == out) return "is the spectrum of two captures";
+        if (&c.svg != &out && c.svg == out)
+            return "is the spectrum of two captures of one name; rename one, or draw their spectra "
+                   "in separate runs";
     }
     const size_t slash = out.find_last_of('/');
     const std::string folder = slash == std::string::npos ? "." : out.substr(0, slash + 1);
@@ -618,8 +633,8 @@ int main(int argc, char** argv) {
         return kOk;
     }
     if (!opt.spectrum.empty() && !EndsWithSvg(opt.spectrum)) {
-        std::fprintf(stderr, "flicker: --spectrum takes a file name ending in .svg, not '%s'\n",
-                     Printable(opt.spectrum).c_str());
+        Say("flicker: --spectrum takes a file name ending in .svg, not '%s'\n",
+            Printable(opt.spectrum).c_str());
         return kRefused;
     }
     std::vector<Capture> captures(opt.files.size());
@@ -628,8 +643,7 @@ int main(int argc, char** argv) {
     for (const Capture& c : captures) {
         if (c.svg.empty()) continue;
         if (const std::string problem = OutputProblem(c.svg, captures); !problem.empty()) {
-            std::fprintf(stderr, "flicker: --spectrum %s: %s\n", Printable(c.svg).c_str(),
-                         problem.c_str());
+            Say("flicker: --spectrum %s: %s\n", Printable(c.svg).c_str(), problem.c_str());
             return kRefused;
         }
     }
@@ -638,7 +652,7 @@ int main(int argc, char** argv) {
     int status = kOk;
     for (Capture& c : captures) {
         ReadCapture(c, opt.column);
-        if (c.status != kOk) std::fprintf(stderr, "flicker: %s\n", c.error.c_str());
+        if (c.status != kOk) Say("flicker: %s\n", c.error.c_str());
         status = std::max(status, static_cast<int>(c.status));
     }
     if (status == kRefused) return kRefused;
@@ -647,7 +661,7 @@ int main(int argc, char** argv) {
         if (c.status != kOk) continue;
         Analysis a;
         if (!Analyse(c.samples, opt.rate, a)) {
-            std::fprintf(stderr, "flicker: %s: the detector failed\n", Printable(c.name).c_str());
+            Say("flicker: %s: the detector failed\n", Printable(c.name).c_str());
             status = kFailed;
             continue;
         }
@@ -662,11 +676,10 @@ int main(int argc, char** argv) {
             "Flicker spectrum of " + base + ": " + std::to_string(a.frequency) + " Hz");
         svg.close();
         if (!svg) {
-            std::fprintf(stderr, "flicker: %s: cannot write the spectrum\n",
-                         Printable(c.svg).c_str());
+            Say("flicker: %s: cannot write the spectrum\n", Printable(c.svg).c_str());
             status = kFailed;
         } else {
-            std::fprintf(stderr, "flicker: spectrum in %s\n", Printable(c.svg).c_str());
+            Say("flicker: spectrum in %s\n", Printable(c.svg).c_str());
         }
     }
     return status;

@@ -6,6 +6,7 @@ import java.io.StringWriter;
 import java.io.UncheckedIOException;
 import java.lang.reflect.Method;
 import java.util.ArrayList;
+import java.util.Iterator;
 import java.util.List;
 import java.util.concurrent.Callable;
 
@@ -36,6 +37,7 @@ final class CallCommand implements Callable<Integer> {
     boolean json;
 
     @Option(names = "--list-ops", arity = "0..1", paramLabel = "SERVICE", fallbackValue = "",
+            completionCandidates = DeviceOptions.ServiceNames.class,
             description = "List the operations of every service (or of SERVICE) that --answer can program: the "
                     + "shape of their answer and the answer keywords they take.")
     String listOps;
@@ -46,11 +48,20 @@ final class CallCommand implements Callable<Integer> {
     @Option(names = {"-V", "--version"}, versionHelp = true, description = "Print the version.")
     boolean version;
 
-    @Parameters(index = "0", arity = "0..1", paramLabel = "METHOD", description = "A native method of MmiNativeManager.")
+    @Parameters(index = "0", arity = "0..1", paramLabel = "METHOD", completionCandidates = MethodNames.class,
+            description = "A native method of MmiNativeManager.")
     String methodName;
 
     @Parameters(index = "1..*", paramLabel = "ARG", description = "One per parameter of the method.")
     List<String> argTexts = new ArrayList<>();
+
+    /** What the shell completion offers for METHOD. */
+    static final class MethodNames implements Iterable<String> {
+        @Override
+        public Iterator<String> iterator() {
+            return Natives.all().stream().map(Method::getName).iterator();
+        }
+    }
 
     /** The command line this command runs in; set when the console's command line is made. */
     CommandLine commandLine;
@@ -76,7 +87,7 @@ final class CallCommand implements Callable<Integer> {
     /** Finds the method and reads its arguments. */
     void resolve() {
         if (methodName == null) {
-            throw new IllegalArgumentException("no method named");
+            throw new IllegalArgumentException("no method named; ./mmi call --help lists the methods");
         }
         method = Natives.find(methodName);
         arguments = Natives.arguments(method, argTexts);
@@ -94,10 +105,6 @@ final class CallCommand implements Callable<Integer> {
                 err.println("mmi call: --list-ops: " + e.getMessage());
                 return Console.USAGE;
             }
-            return Console.OK;
-        }
-        if (methodName == null && device.isEmpty() && !json) {
-            commandLine.usage(out);
             return Console.OK;
         }
         try {

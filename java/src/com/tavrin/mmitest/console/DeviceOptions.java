@@ -3,6 +3,7 @@ package com.tavrin.mmitest.console;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.util.ArrayList;
+import java.util.Iterator;
 import java.util.List;
 
 import picocli.CommandLine.ITypeConverter;
@@ -17,10 +18,12 @@ final class DeviceOptions {
     static final List<String> VERSIONED = List.of("factory", "display", "sensors");
 
     @Option(names = "--absent", paramLabel = "SERVICE", converter = AnyService.class,
+            completionCandidates = ServiceNames.class,
             description = "Leave the service unregistered.")
     List<String> absent = new ArrayList<>();
 
     @Option(names = "--only-1.0", paramLabel = "SERVICE", converter = VersionedService.class,
+            completionCandidates = VersionedNames.class,
             description = "Offer only version 1.0 of the service: factory, display or sensors.")
     List<String> onlyV10 = new ArrayList<>();
 
@@ -113,6 +116,21 @@ final class DeviceOptions {
                     + String.join(", ", allowed));
         }
         return name;
+    }
+
+    /** What the shell completion offers where a service is named. */
+    static final class ServiceNames implements Iterable<String> {
+        @Override
+        public Iterator<String> iterator() {
+            return SERVICES.iterator();
+        }
+    }
+
+    static final class VersionedNames implements Iterable<String> {
+        @Override
+        public Iterator<String> iterator() {
+            return VERSIONED.iterator();
+        }
     }
 
     static final class AnyService implements ITypeConverter<String> {

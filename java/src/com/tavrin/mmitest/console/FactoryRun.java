@@ -55,6 +55,7 @@ final class FactoryRun implements Callable<Integer> {
     boolean exitFirst;
 
     @Option(names = "--drill", paramLabel = "SERVICE", converter = DeviceOptions.AnyService.class,
+            completionCandidates = DeviceOptions.ServiceNames.class,
             defaultValue = "power", description = "The service the drill kills (default: ${DEFAULT-VALUE}).")
     String drillService;
 
