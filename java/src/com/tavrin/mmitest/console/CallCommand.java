@@ -119,6 +119,9 @@ final class CallCommand implements Callable<Integer> {
             return Console.USAGE;
         }
         String[] loadLogs;
+        if (device.startNote() != null) {
+            err.println("mmi call: " + device.startNote());
+        }
         try {
             loadLogs = Natives.startDevice();
         } catch (IllegalStateException e) {

@@ -5,6 +5,7 @@ import com.tavrin.mmitest.sim.SimulatedDevice;
 import java.util.ArrayList;
 import java.util.Iterator;
 import java.util.List;
+import java.util.StringJoiner;
 
 import picocli.CommandLine.ITypeConverter;
 import picocli.CommandLine.Option;
@@ -149,6 +150,21 @@ final class DeviceOptions {
             }
             return service(value, VERSIONED);
         }
+    }
+
+    /**
+     * What the load will wait for, said before it starts so that the wait is never silent; null
+     * when no service starts late.
+     */
+    String startNote() {
+        if (startDelays.isEmpty()) {
+            return null;
+        }
+        StringJoiner late = new StringJoiner(", ");
+        for (StartDelay delay : startDelays) {
+            late.add(delay.service + " after " + delay.ms + " ms");
+        }
+        return "the library's load waits for the late services to register (" + late + ")";
     }
 
     /** Whether a service starts late, so that what the library's load went through is worth showing. */

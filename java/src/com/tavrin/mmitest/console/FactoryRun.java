@@ -150,6 +150,9 @@ final class FactoryRun implements Callable<Integer> {
         report.repeat = repeat;
         report.drillService = noDrill ? null : drillService;
         report.drillFault = drillFault.name();
+        if (device.startNote() != null) {
+            err.println("mmi run: " + device.startNote());
+        }
         try {
             report.loadLogs = Natives.startDevice();
         } catch (IllegalStateException e) {

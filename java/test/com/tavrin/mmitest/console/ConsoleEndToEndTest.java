@@ -237,6 +237,18 @@ class ConsoleEndToEndTest {
         assertEquals(coloured, r.out().contains("\033["), r.out());
     }
 
+    /** A late service: the wait is announced before it starts, the platform's wait line shows, the answer is healthy. */
+    @Test
+    void aLateServiceIsWaitedForAndTheWaitIsSaid() throws Exception {
+        Result r = console("call", "--start-delay", "power=1200", "getPowerStateNative", "battery");
+        assertEquals(0, r.code(), r.err());
+        assertTrue(r.err().startsWith("mmi call: the library's load waits for the late services to register "
+                + "(power after 1200 ms)"), r.err());
+        assertTrue(r.out().startsWith("result: \"capacity=85,status=charging\""), r.out());
+        assertTrue(r.out().contains("log: W HidlServiceManagement: Waited one second for "
+                + "vendor.tavrin.hardware.power@1.0::IKXPower/default"), r.out());
+    }
+
     /** A bad command line or output file stops the run before the device starts: one line, exit 2, the file untouched. */
     @ParameterizedTest(name = "{0}")
     @CsvSource(delimiter = '|', value = {"--junit no/such/r.xml | --junit no/such/r.xml: folder no/such does not exist",
