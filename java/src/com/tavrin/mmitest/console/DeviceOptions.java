@@ -69,11 +69,6 @@ final class DeviceOptions {
         }
     }
 
-    boolean isEmpty() {
-        return absent.isEmpty() && onlyV10.isEmpty() && answers.isEmpty() && startDelays.isEmpty()
-                && restartDelay == null;
-    }
-
     /** Sets the device up before it starts; null when done, else what it refused. */
     String apply() {
         for (String service : absent) {
