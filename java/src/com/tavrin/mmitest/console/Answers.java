@@ -139,17 +139,10 @@ final class Answers {
             return -1;
         }
         int depth = 0;
-        boolean quoted = false;
         for (int i = start; i < text.length(); i++) {
             char c = text.charAt(i);
-            if (quoted) {
-                if (c == '\\') {
-                    i++;
-                } else if (c == '"') {
-                    quoted = false;
-                }
-            } else if (c == '"') {
-                quoted = true;
+            if (c == '"') {
+                i = closingQuote(text, i);
             } else if (c == '{' || c == '[') {
                 depth++;
             } else if ((c == '}' || c == ']') && --depth == 0) {
@@ -159,22 +152,28 @@ final class Answers {
         return -1;
     }
 
+    /** The closing quote of the JSON string opened at open; the text's length when it never closes. */
+    private static int closingQuote(String text, int open) {
+        for (int i = open + 1; i < text.length(); i++) {
+            char c = text.charAt(i);
+            if (c == '\\') {
+                i++;
+            } else if (c == '"') {
+                return i;
+            }
+        }
+        return text.length();
+    }
+
     /** Splits at the commas that are outside quotes and brackets. */
     static List<String> fields(String answer) {
         List<String> fields = new ArrayList<>();
         int depth = 0;
-        boolean quoted = false;
         int start = 0;
         for (int i = 0; i < answer.length(); i++) {
             char c = answer.charAt(i);
-            if (quoted) {
-                if (c == '\\') {
-                    i++;
-                } else if (c == '"') {
-                    quoted = false;
-                }
-            } else if (c == '"') {
-                quoted = true;
+            if (c == '"') {
+                i = closingQuote(answer, i);
             } else if (c == '[') {
                 depth++;
             } else if (c == ']') {
