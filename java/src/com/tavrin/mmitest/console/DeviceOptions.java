@@ -3,30 +3,38 @@ package com.tavrin.mmitest.console;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.Iterator;
 import java.util.List;
 import java.util.StringJoiner;
 
 import picocli.CommandLine.ITypeConverter;
+import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Option;
+import picocli.CommandLine.ParameterException;
 import picocli.CommandLine.TypeConversionException;
 
 /** How the simulated device deviates from a healthy one: the options run and call share. */
 final class DeviceOptions {
-    static final List<String> SERVICES =
-            List.of("factory", "display", "touchscreen", "sensors", "power", "light", "otherdevices");
-    /** The services with a version 1.1 that --only-1.0 can withhold. */
-    static final List<String> VERSIONED = List.of("factory", "display", "sensors");
+    /** The device's services; the shell completes them where an option names one. */
+    enum Service {
+        factory(true), display(true), touchscreen(false), sensors(true), power(false), light(false),
+        otherdevices(false);
 
-    @Option(names = "--absent", paramLabel = "SERVICE", converter = AnyService.class,
-            completionCandidates = ServiceNames.class,
-            description = "Leave the service unregistered.")
-    List<String> absent = new ArrayList<>();
+        /** Whether it has a version 1.1 that --only-1.0 can withhold. */
+        final boolean versioned;
 
-    @Option(names = "--only-1.0", paramLabel = "SERVICE", converter = VersionedService.class,
-            completionCandidates = VersionedNames.class,
+        Service(boolean versioned) {
+            this.versioned = versioned;
+        }
+    }
+
+    @Option(names = "--absent", paramLabel = "SERVICE", description = "Leave the service unregistered.")
+    List<Service> absent = new ArrayList<>();
+
+    @Option(names = "--only-1.0", paramLabel = "SERVICE", completionCandidates = VersionedNames.class,
             description = "Offer only version 1.0 of the service: factory, display or sensors.")
-    List<String> onlyV10 = new ArrayList<>();
+    List<Service> onlyV10 = new ArrayList<>();
 
     @Option(names = "--answer", paramLabel = "SERVICE.OPERATION=ANSWER", converter = AnswerConverter.class,
             description = "Program what the operation answers from now on; crash: the service dies in the middle "
@@ -39,111 +47,113 @@ final class DeviceOptions {
     List<StartDelay> startDelays = new ArrayList<>();
 
     @Option(names = "--restart-delay", paramLabel = "MS|never", converter = RestartDelayConverter.class,
-            description = "How long a crashed service stays down before it registers again (default: 300), or never.")
+            description = "How long a crashed service stays down before it registers again (default: "
+                    + DEFAULT_RESTART_MS + "), or never.")
     Long restartDelay;
 
-    static final class StartDelay {
-        final String service;
-        final long ms;
+    record StartDelay(Service service, long ms) {}
 
-        StartDelay(String service, long ms) {
-            this.service = service;
-            this.ms = ms;
-        }
-    }
-
-    static final class Answer {
-        final String service;
-        final String operation;
-        final String text;
-
-        Answer(String service, String operation, String text) {
-            this.service = service;
-            this.operation = operation;
-            this.text = text;
-        }
-
+    record Answer(Service service, String operation, String text) {
         @Override
         public String toString() {
             return service + "." + operation + "=" + text;
         }
     }
 
-    /** Sets the device up before it starts; null when done, else what it refused. */
-    String apply() {
-        for (String service : absent) {
-            SimulatedDevice.setAbsent(service, true);
+    /** Refuses options that contradict each other; needs no library. */
+    void check(CommandSpec spec) {
+        for (Service s : onlyV10) {
+            if (!s.versioned) {
+                throw new ParameterException(spec.commandLine(), s + " has no version 1.1 to withhold "
+                        + "(--only-1.0 takes " + String.join(", ", versioned()) + ")");
+            }
         }
-        for (String service : onlyV10) {
-            SimulatedDevice.setOnlyV10(service, true);
+        List<Service> late = new ArrayList<>();
+        for (StartDelay d : startDelays) {
+            if (absent.contains(d.service())) {
+                throw new ParameterException(spec.commandLine(), "--absent " + d.service() + " and --start-delay "
+                        + d.service() + "=" + d.ms() + " contradict each other: an absent service never registers");
+            }
+            if (late.contains(d.service())) {
+                throw new ParameterException(spec.commandLine(), "--start-delay " + d.service()
+                        + " is given twice; give one delay per service");
+            }
+            late.add(d.service());
         }
-        for (StartDelay delay : startDelays) {
-            SimulatedDevice.setStartDelay(delay.service, delay.ms);
+        for (Service s : onlyV10) {
+            if (absent.contains(s)) {
+                throw new ParameterException(spec.commandLine(), "--absent " + s + " and --only-1.0 " + s
+                        + " contradict each other: an absent service offers no version");
+            }
         }
+    }
+
+    /** Sets the device up before it starts; a refused answer is the user's to correct. */
+    void apply() {
+        absent.forEach(s -> SimulatedDevice.setAbsent(s.name(), true));
+        onlyV10.forEach(s -> SimulatedDevice.setOnlyV10(s.name(), true));
+        startDelays.forEach(d -> SimulatedDevice.setStartDelay(d.service().name(), d.ms()));
         if (restartDelay != null) {
             SimulatedDevice.setRestartDelay(restartDelay);
         }
+        programAnswers();
+    }
+
+    /** Programs every --answer, as typed or with its bare words quoted. */
+    void programAnswers() {
         for (Answer answer : answers) {
             String error = program(answer);
             if (error != null) {
-                return "--answer " + answer + ": " + error;
+                throw new IllegalArgumentException("--answer " + answer + ": " + error);
             }
         }
-        return null;
     }
 
     /** Programs an answer as typed, or with its bare words quoted; null when accepted, else why not. */
     static String program(Answer answer) {
-        String error = SimulatedDevice.program(answer.service, answer.operation, answer.text);
+        String service = answer.service().name();
+        String error = SimulatedDevice.program(service, answer.operation(), answer.text());
         if (error == null) {
             return null;
         }
-        String requoted = Answers.requote(answer.text);
-        if (requoted.equals(answer.text)) {
-            return Answers.explain(answer.text, error);
+        String requoted = Answers.requote(answer.text());
+        if (requoted.equals(answer.text()) || SimulatedDevice.program(service, answer.operation(), requoted) != null) {
+            return Answers.explain(answer.text(), error);
         }
-        String again = SimulatedDevice.program(answer.service, answer.operation, requoted);
-        return again == null ? null : Answers.explain(answer.text, error + "; quoted as " + requoted + ": " + again);
+        return null;
     }
 
-    static String service(String name, List<String> allowed) {
-        if (!allowed.contains(name)) {
-            throw new TypeConversionException("unknown service '" + name + "'; the services are "
-                    + String.join(", ", allowed));
-        }
-        return name;
+    static List<String> serviceNames() {
+        return Arrays.stream(Service.values()).map(Service::name).toList();
     }
 
-    /** What the shell completion offers where a service is named. */
+    static List<String> versioned() {
+        return Arrays.stream(Service.values()).filter(s -> s.versioned).map(Service::name).toList();
+    }
+
+    static Service service(String name) {
+        for (Service s : Service.values()) {
+            if (s.name().equals(name)) {
+                return s;
+            }
+        }
+        String guess = Console.closest(name, serviceNames());
+        throw new TypeConversionException("unknown service '" + name + "'" + (guess != null
+                ? " (did you mean " + guess + "?)" : "; the services are " + String.join(", ", serviceNames())));
+    }
+
+    /** What the shell completion offers where a service is named in a text option. */
     static final class ServiceNames implements Iterable<String> {
         @Override
         public Iterator<String> iterator() {
-            return SERVICES.iterator();
+            return serviceNames().iterator();
         }
     }
 
     static final class VersionedNames implements Iterable<String> {
         @Override
         public Iterator<String> iterator() {
-            return VERSIONED.iterator();
-        }
-    }
-
-    static final class AnyService implements ITypeConverter<String> {
-        @Override
-        public String convert(String value) {
-            return service(value, SERVICES);
-        }
-    }
-
-    static final class VersionedService implements ITypeConverter<String> {
-        @Override
-        public String convert(String value) {
-            if (SERVICES.contains(value) && !VERSIONED.contains(value)) {
-                throw new TypeConversionException(value + " has no version 1.1 to withhold (--only-1.0 takes "
-                        + String.join(", ", VERSIONED) + ")");
-            }
-            return service(value, VERSIONED);
+            return versioned().iterator();
         }
     }
 
@@ -156,16 +166,16 @@ final class DeviceOptions {
             return null;
         }
         StringJoiner late = new StringJoiner(", ");
-        for (StartDelay delay : startDelays) {
-            late.add(delay.service + " after " + delay.ms + " ms");
-        }
+        startDelays.forEach(d -> late.add(d.service() + " after " + d.ms() + " ms"));
         return "the library's load waits for the late services to register (" + late + ")";
     }
 
-    /** Whether a service starts late, so that what the library's load went through is worth showing. */
-    boolean lateStart() {
-        return !startDelays.isEmpty();
+    long longestStartDelay() {
+        return startDelays.stream().mapToLong(StartDelay::ms).max().orElse(0);
     }
+
+    /** How long a crashed service stays down when --restart-delay does not say. */
+    static final long DEFAULT_RESTART_MS = 300;
 
     /** The longest a delay may be: longer ones would look like a hang. */
     static final long MAX_DELAY_MS = 60_000;
@@ -190,7 +200,7 @@ final class DeviceOptions {
             if (eq <= 0) {
                 throw new TypeConversionException("--start-delay takes SERVICE=MS, got " + option);
             }
-            return new StartDelay(service(option.substring(0, eq), SERVICES),
+            return new StartDelay(service(option.substring(0, eq)),
                     milliseconds(option.substring(eq + 1), "--start-delay", ""));
         }
     }
@@ -210,7 +220,7 @@ final class DeviceOptions {
             if (dot <= 0 || dot + 1 == eq) {
                 throw new TypeConversionException("--answer takes SERVICE.OPERATION=ANSWER, got " + option);
             }
-            return new Answer(service(option.substring(0, dot), SERVICES), option.substring(dot + 1, eq),
+            return new Answer(service(option.substring(0, dot)), option.substring(dot + 1, eq),
                     option.substring(eq + 1));
         }
     }

@@ -9,6 +9,7 @@ import java.lang.reflect.Field;
 import java.lang.reflect.Method;
 import java.lang.reflect.Modifier;
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
@@ -32,6 +33,8 @@ final class StepRecord {
     /** Set by the sequence: what a healthy device answers, and whether every run answered that. */
     String expected;
     boolean passed = true;
+    /** Set by the sequence: the first error-priority line a healthy device would not have caused. */
+    String error;
     /** Set by the sequence: the step's position in it, how often it ran and how often it failed. */
     int number;
     int runs = 1;
@@ -76,6 +79,20 @@ final class StepRecord {
             }
         }
         return r;
+    }
+
+    /** Judges the answer and the log lines against what a healthy device gives the step. */
+    StepRecord judge(FactorySequence.Step step) {
+        expected = step.expect.shown();
+        error = Arrays.stream(logs).filter(step::unhealthy).findFirst().orElse(null);
+        passed = thrown == null && step.expect.test(result) && error == null;
+        failedRuns = passed ? 0 : 1;
+        return this;
+    }
+
+    /** Why the step failed, after what it answered: the healthy answer, and the error line when there is one. */
+    String why() {
+        return "answered " + shown() + ", healthy answer " + expected + (error == null ? "" : "; logged " + error);
     }
 
     /** The answer as the console prints it. */

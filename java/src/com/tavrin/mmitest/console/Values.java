@@ -1,6 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import com.google.gson.Gson;
+import com.google.gson.GsonBuilder;
 import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
 import com.google.gson.TypeAdapter;
@@ -248,6 +249,11 @@ final class Values {
         if (value instanceof byte[]) {
             return hex((byte[]) value);
         }
+        return json(value);
+    }
+
+    /** One line of ASCII JSON. */
+    static String json(Object value) {
         StringWriter text = new StringWriter();
         try (JsonWriter out = jsonWriter(text)) {
             write(out, value);
@@ -269,36 +275,22 @@ final class Values {
         return out.toString();
     }
 
-    /** Writes a value as JSON; a byte[] as its command-line text, so that it reads back. */
-    static void write(JsonWriter out, Object value) throws IOException {
-        if (value == null) {
-            out.nullValue();
-        } else if (value instanceof String) {
-            out.value((String) value);
-        } else if (value instanceof Boolean) {
-            out.value((Boolean) value);
-        } else if (value instanceof Number) {
-            out.value((Number) value);
-        } else if (value instanceof int[]) {
-            out.beginArray();
-            for (int v : (int[]) value) {
-                out.value(v);
-            }
-            out.endArray();
-        } else if (value instanceof byte[]) {
-            out.value(hex((byte[]) value));
-        } else {
-            out.beginObject();
-            for (Field f : fields(value.getClass())) {
-                out.name(f.getName());
-                try {
-                    write(out, f.get(value));
-                } catch (IllegalAccessException e) {
-                    throw new IllegalStateException(e);
+    /** Values as JSON: a byte[] as its command-line text, so that it reads back; a model object by its fields. */
+    static final Gson GSON = new GsonBuilder().serializeNulls().disableHtmlEscaping()
+            .registerTypeAdapter(byte[].class, new TypeAdapter<byte[]>() {
+                @Override
+                public void write(JsonWriter out, byte[] bytes) throws IOException {
+                    out.value(bytes == null ? null : hex(bytes));
                 }
-            }
-            out.endObject();
-        }
+
+                @Override
+                public byte[] read(JsonReader in) {
+                    throw new UnsupportedOperationException("byte[] is read from its command-line text");
+                }
+            }).create();
+
+    static void write(JsonWriter out, Object value) {
+        GSON.toJson(value, value == null ? Object.class : value.getClass(), out);
     }
 
     /** A JSON writer whose output is ASCII whatever the texts hold. */
