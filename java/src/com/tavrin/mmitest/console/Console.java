@@ -3,6 +3,7 @@ package com.tavrin.mmitest.console;
 import java.io.FileDescriptor;
 import java.io.FileOutputStream;
 import java.io.IOException;
+import java.io.OutputStream;
 import java.io.OutputStreamWriter;
 import java.io.PrintWriter;
 import java.lang.reflect.Method;
@@ -119,7 +120,7 @@ public final class Console implements Callable<Integer> {
     }
 
     /** The console's command line, writing UTF-8 whatever the locale: device texts may carry any character. */
-    static CommandLine commandLine(FileOutputStream out, FileOutputStream err) {
+    static CommandLine commandLine(OutputStream out, OutputStream err) {
         CommandLine line = new CommandLine(new Console());
         line.setOut(new PrintWriter(new OutputStreamWriter(out, StandardCharsets.UTF_8), true));
         line.setErr(new PrintWriter(new OutputStreamWriter(err, StandardCharsets.UTF_8), true) {

@@ -4,6 +4,8 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.tavrin.mmitest.console.DeviceOptions.Service;
+
 import java.util.List;
 
 import org.junit.jupiter.api.Test;
@@ -34,25 +36,25 @@ class CallCommandTest {
     void optionsAndTypedArguments() {
         CallCommand r = CallCommand.parse(List.of("--absent", "light", "--only-1.0=display",
                 "--answer=factory.getFactoryInfo=0,\"a=b\"", "--json", "--", "sensorActivateNative", "5", "true", "-1"));
-        assertEquals(List.of(List.of("light"), List.of("display"), "0,\"a=b\"", true, List.of(5, true, -1)),
-                List.of(r.device.absent, r.device.onlyV10, r.device.answers.get(0).text, r.json, List.of(r.arguments)));
+        assertEquals(List.of(List.of(Service.light), List.of(Service.display), "0,\"a=b\"", true, List.of(5, true, -1)),
+                List.of(r.device.absent, r.device.onlyV10, r.device.answers.get(0).text(), r.json, List.of(r.arguments)));
     }
 
     @Test
     void lateAndRestartingServices() {
         CallCommand r = CallCommand.parse(List.of("--start-delay", "power=1500", "--start-delay=light=0",
                 "--restart-delay", "never", "getBsnNative"));
-        assertEquals(List.of("power=1500", "light=0", -1L, true), List.of(
-                r.device.startDelays.get(0).service + "=" + r.device.startDelays.get(0).ms,
-                r.device.startDelays.get(1).service + "=" + r.device.startDelays.get(1).ms,
-                r.device.restartDelay, r.device.lateStart()));
+        assertEquals(List.of("power=1500", "light=0", -1L, 1500L), List.of(
+                r.device.startDelays.get(0).service() + "=" + r.device.startDelays.get(0).ms(),
+                r.device.startDelays.get(1).service() + "=" + r.device.startDelays.get(1).ms(),
+                r.device.restartDelay, r.device.longestStartDelay()));
         assertEquals(250L, CallCommand.parse(List.of("--restart-delay=250", "getBsnNative")).device.restartDelay);
     }
 
     @Test
     void optionsAfterTheMethod() {
         CallCommand r = CallCommand.parse(List.of("setTestCycleNative", "--absent", "light", "-3", "--json", "4"));
-        assertEquals(List.of(List.of("light"), true, List.of(-3, 4)), List.of(r.device.absent, r.json, List.of(r.arguments)));
+        assertEquals(List.of(List.of(Service.light), true, List.of(-3, 4)), List.of(r.device.absent, r.json, List.of(r.arguments)));
     }
 
     @Test
