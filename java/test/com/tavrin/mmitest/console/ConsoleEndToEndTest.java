@@ -379,4 +379,66 @@ class ConsoleEndToEndTest {
                 .filter(l -> !l.isEmpty() && !l.startsWith(" ") && !Character.isUpperCase(l.charAt(0)))
                 .collect(Collectors.toList()));
     }
+
+    /** A service's escape sequences reach the user's terminal as text, in every line that shows them. */
+    @Test
+    void controlBytesFromAServiceAreShownNotObeyed() throws Exception {
+        Result r = console("call", "--answer", "power.getPowerState=0,\"\\u001b]0;owned\\u0007\"", "getPowerStateNative",
+                "battery");
+        assertEquals(0, r.code(), r.err());
+        assertTrue(r.out().contains("log: D KxMMITest_jni: GetPowerState, result code: 0, result info: \\u001b]0;owned"
+                + "\\u0007") && !r.out().contains("\u001b") && !r.out().contains("\u0007"), r.out());
+    }
+
+    /** Output that never reached its reader is a failure, said on stderr. */
+    @ParameterizedTest(name = "{0}")
+    @ValueSource(strings = {"call getBsnNative", "run --step 1 --no-drill", "--version", "call --list-ops power"})
+    void aFailedWriteOnStandardOutputExitsOne(String line) throws Exception {
+        List<String> command = new ArrayList<>(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
+                "-Djava.library.path=" + System.getProperty("mmi.test.libdir"), "-cp", System.getProperty("mmi.test.jar"),
+                "com.tavrin.mmitest.console.Console"));
+        command.addAll(List.of(line.split(" ")));
+        Process p = new ProcessBuilder(command).redirectOutput(new File("/dev/full")).start();
+        String err = new String(p.getErrorStream().readAllBytes(), StandardCharsets.UTF_8);
+        assertEquals(1, p.waitFor(), err);
+        assertTrue(err.endsWith("mmi: cannot write standard output: no space left on device\n"), err);
+    }
+
+    /** The answer comes as soon as the call returns; the restart of the service it crashed is waited for after. */
+    @Test
+    void callPrintsItsAnswerBeforeWaitingForTheRestart() throws Exception {
+        List<String> command = new ArrayList<>(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
+                "-Djava.library.path=" + System.getProperty("mmi.test.libdir"), "-cp", System.getProperty("mmi.test.jar"),
+                "com.tavrin.mmitest.console.Console", "call", "--answer", "power.getPowerState=crash", "--restart-delay",
+                "6000", "getPowerStateNative", "battery"));
+        Process p = new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.DISCARD).start();
+        java.io.BufferedReader out = new java.io.BufferedReader(new java.io.InputStreamReader(p.getInputStream(),
+                StandardCharsets.UTF_8));
+        String first = out.readLine();
+        long answered = System.nanoTime();
+        String rest = out.lines().collect(Collectors.joining("\n"));
+        assertEquals(0, p.waitFor());
+        assertEquals("result: \"\"", first);
+        assertTrue((System.nanoTime() - answered) / 1e9 > 4, "the answer came with the restart, not before it");
+        assertTrue(rest.contains("log: W KxMMITest_jni: ReinitHal"), rest);
+    }
+
+    /** Steps whose version 1.1 is withheld do not pass, and the error lines of the calls show why. */
+    @Test
+    void withheldVersionsFailTheStepsThatNeedThem() throws Exception {
+        Result r = console(null, Map.of("COLUMNS", "200"), List.of(), "run", "-q", "--no-drill", "--only-1.0", "display");
+        assertEquals(1, r.code());
+        assertEquals(List.of("Failures:", "  FAIL  step 46 getScreenFpsConfigNative(): answered \"0\", healthy answer rates "
+                + "such as 60,90; logged E KxMMITest_jni: GetScreenFpsConfig fail, kxDisplayNew is null, not support "
+                + "multi fps", "  FAIL  step 47 setScreenFpsNative(1): answered true, healthy answer true; logged E "
+                + "KxMMITest_jni: SetScreenFps fail, kxDisplayNew is null, not support multi fps"), r.lines().subList(0, 3));
+    }
+
+    /** However often and however briefly the crashed service stays down, the drill's verdict is the same. */
+    @ParameterizedTest(name = "--restart-delay {0}")
+    @ValueSource(strings = {"0", "0", "0", "1", "1", "1", "2"})
+    void theCrashDrillGivesOneVerdictForEveryRestartDelay(String delay) throws Exception {
+        Result r = console("run", "-q", "--step", "1", "--drill-fault", "crash", "--restart-delay", delay);
+        assertEquals(0, r.code(), r.out());
+    }
 }
