@@ -22,7 +22,8 @@ class SelectionTest {
     @ParameterizedTest(name = "--step {0} -k {1}")
     @CsvSource(delimiter = '|', nullValues = "-", value = {
         "'' | - | 1-54", "37 | - | 37", "38 37 | - | 37-38", "'' | SelfTest | 31,36-38", "'' | selftest | 31,36-38",
-        "37 38 39 | sensorselftest | 37-38", "1 54 | - | 1,54"})
+        "37 38 39 | sensorselftest | 37-38", "1 54 | - | 1,54", "2-5 9 | - | 2-5,9",
+        "30-40 | SelfTest | 31,36-38"})
     void chosen(String steps, String keyword, String expected) {
         List<Integer> chosen = FactoryRun.select(FactorySequence.steps(), numbers(steps), keyword).stream()
                 .map(i -> i + 1).collect(Collectors.toList());
