@@ -27,7 +27,8 @@ using ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation;
 using Arg = std::variant<int32_t, int64_t, bool, ::android::hardware::hidl_string,
                          ::android::hardware::hidl_vec<int32_t>, FmdMsg, FmdOperation>;
 
-std::string FormatArg(const Arg& arg);
+ArgValue ToArgValue(const Arg& arg);
+std::string FormatArg(const ArgValue& arg);
 // A JSON string literal: '"' and '\' escaped, control characters as \u00XX, other bytes as they
 // are.
 std::string Quote(std::string_view text);
@@ -39,9 +40,10 @@ inline std::string Quote(const ::android::hardware::hidl_string& text) {
 // Nothing, and *error naming the expected shape, when it does not fit.
 std::optional<Answer> FitAnswer(const OperationInfo& info, const Answer& answer,
                                 std::string* error);
-const Answer& DefaultAnswer(const OperationInfo& info);
-// The default for one key (the first argument) where the default depends on it, else null.
-const Answer* KeyedDefaultAnswer(const OperationInfo& info, int64_t key);
+// A refusal of the answer text, explained where a user would look: a misspelt keyword.
+std::string ExplainRefusal(std::string_view text, const std::string& error);
+// The healthy answer to a call whose first argument, if an integer, is key.
+const Answer& HealthyAnswer(const OperationInfo& info, std::optional<int64_t> key);
 
 // The state every service object of one device shares: answers, records, typed copies. Service
 // objects keep it alive while a call is in progress, so a device may go away under a call.

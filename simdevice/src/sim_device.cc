@@ -13,39 +13,61 @@ namespace simdevice {
 
 namespace {
 
-struct Names {
-    Service service;
-    const char* name;
-    const char* instance;
-};
-
-constexpr Names kNames[] = {
-    {Service::kFactory, "factory", "kxfactoryinterface_hal"},
-    {Service::kDisplay, "display", "default"},
-    {Service::kTouchscreen, "touchscreen", "default"},
-    {Service::kSensors, "sensors", "default"},
-    {Service::kPower, "power", "default"},
-    {Service::kLight, "light", "default"},
-    {Service::kOtherdevices, "otherdevices", "default"},
-};
+const std::vector<ServiceInfo>& Services() {
+    // In the order of Service.
+    static const std::vector<ServiceInfo> kServices = {
+        {Service::kFactory,
+         "factory",
+         "vendor.tavrin.hardware.kxfactoryinterface",
+         "IKxFactoryInterface",
+         {"1.0", "1.1"},
+         "kxfactoryinterface_hal"},
+        {Service::kDisplay,
+         "display",
+         "vendor.tavrin.hardware.kxdisplay",
+         "IDisplay",
+         {"1.0", "1.1"},
+         "default"},
+        {Service::kTouchscreen,
+         "touchscreen",
+         "vendor.tavrin.hardware.tp",
+         "ITouchscreen",
+         {"1.0"},
+         "default"},
+        {Service::kSensors,
+         "sensors",
+         "vendor.tavrin.hardware.sensors",
+         "ISensors",
+         {"1.0", "1.1"},
+         "default"},
+        {Service::kPower, "power", "vendor.tavrin.hardware.power", "IKXPower", {"1.0"}, "default"},
+        {Service::kLight, "light", "vendor.tavrin.hardware.light", "ILight", {"2.0"}, "default"},
+        {Service::kOtherdevices,
+         "otherdevices",
+         "vendor.tavrin.hardware.otherdevices",
+         "IOtherdevices",
+         {"1.0"},
+         "default"},
+    };
+    return kServices;
+}
 
 }  // namespace
 
-const char* ServiceName(Service service) { return kNames[static_cast<size_t>(service)].name; }
+const ServiceInfo& Info(Service service) { return Services()[static_cast<size_t>(service)]; }
 
-const char* InstanceName(Service service) { return kNames[static_cast<size_t>(service)].instance; }
+const char* ServiceName(Service service) { return Info(service).name; }
+
+const char* InstanceName(Service service) { return Info(service).instance; }
 
 std::optional<Service> ServiceFromName(std::string_view name) {
-    for (const Names& n : kNames) {
-        if (name == n.name) return n.service;
+    for (const ServiceInfo& info : Services()) {
+        if (name == info.name) return info.service;
     }
     return std::nullopt;
 }
 
-bool HasMinorUpdate(Service service) {
-    return service == Service::kFactory || service == Service::kDisplay ||
-           service == Service::kSensors;
-}
+bool HasMinorUpdate(Service service) { return Info(service).versions.size() > 1; }
 
 struct SimDevice::Slot {
     Service service;
@@ -264,11 +286,22 @@ bool SimDevice::IsRegistered(Service service) const {
     return slots_[static_cast<size_t>(service)]->registered;
 }
 
+bool SimDevice::Linked(Service service) const {
+    // Every descriptor of the chain names the same registration; the first version's is in all.
+    const ServiceInfo& info = Info(service);
+    std::string descriptor =
+        std::string(info.package) + "@" + info.versions.front() + "::" + info.interface;
+    return ::android::hardware::details::deathLinkCount(descriptor, info.instance) > 0;
+}
+
 bool SimDevice::Program(Service service, std::string_view operation, std::string_view answer,
                         std::string* error) {
     std::optional<Answer> parsed = Answer::Parse(answer, error);
-    if (!parsed) return false;
-    return Program(service, operation, *parsed, error);
+    if (parsed && Program(service, operation, *parsed, error)) return true;
+    if (error != nullptr && parsed && FindOperation(service, operation) != nullptr) {
+        *error = internal::ExplainRefusal(answer, *error);
+    }
+    return false;
 }
 
 bool SimDevice::Program(Service service, std::string_view operation, const Answer& answer,

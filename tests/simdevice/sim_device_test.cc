@@ -1,14 +1,19 @@
 // What the JVM suites do not reach: answer texts and shapes, failed calls without callbacks, dead
 // services recording nothing and refusing repeated kills and revivals, resets renewing 1.0-only.
+#include <android/log.h>
 #include <gtest/gtest.h>
 #include <hidl/HostTransport.h>
+#include <simdevice/log_capture.h>
 #include <simdevice/sim_device.h>
+#include <vendor/tavrin/hardware/kxfactoryinterface/1.0/IKxFactoryInterface.h>
 #include <vendor/tavrin/hardware/light/2.0/ILight.h>
 #include <vendor/tavrin/hardware/power/1.0/IKXPower.h>
 #include <vendor/tavrin/hardware/sensors/1.1/ISensors.h>
 
 #include <chrono>
 #include <future>
+#include <iterator>
+#include <map>
 #include <string>
 
 namespace simdevice {
@@ -18,6 +23,8 @@ using ::android::sp;
 using Sensors10 = ::vendor::tavrin::hardware::sensors::V1_0::ISensors;
 using Sensors11 = ::vendor::tavrin::hardware::sensors::V1_1::ISensors;
 using Power = ::vendor::tavrin::hardware::power::V1_0::IKXPower;
+using Factory = ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface;
+using ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation;
 
 sp<Sensors11> V11(const sp<Sensors10>& sensors) { return Sensors11::castFrom(sensors); }
 
@@ -38,13 +45,24 @@ TEST(AnswerParse, CanonicalFormOrReasonForRefusal) {
         {R"("\u00e9\ud83d\ude00")", true, "\"\xc3\xa9\xf0\x9f\x98\x80\""},
         {" transport-error\n", true, "transport-error"},
         {"0,bytes:41ff00C0,bytes:", true, "0,\"A\xff\\u0000\xc0\",\"\""},
-        {"bytes:4", false, "column 7: bytes: needs pairs of hex digits"},
-        {"bytes:41x", false, "expected ',' between values, found 'x'"},
+        {"bytes:4", false, "column 7: bytes:HEX takes pairs of hex digits"},
+        {"bytes:41x", false, "column 9: bytes:HEX takes pairs of hex digits"},
         {"   ", false, "empty answer"},
         {"1,", false, "column 3: expected a value after ','"},
-        {"1 2", false, "column 3: expected ',' between values"},
-        {"True", false, "found 'True'"},
-        {"0x10", false, "not a decimal integer: '0x10'"},
+        {R"("a" b)", false, "column 5: expected ',' between values"},
+        // A bare word is the text itself, up to the next comma outside quotes and brackets, as
+        // a shell leaves a quoted value; a keyword among values is text too.
+        {"True", true, R"("True")"},
+        {" 0, capacity=85 status=charging ,x", true, R"(0,"capacity=85 status=charging","x")"},
+        {R"(a"b,c"d , x)", true, R"("a\"b,c\"d","x")"},
+        {"0x10,-x", true, R"("0x10","-x")"},
+        {"1,nocallback", true, R"(1,"nocallback")"},
+        {"1.5", false, "not an integer: '1.5'"},
+        {"-2e3", false, "not an integer: '-2e3'"},
+        {"null", false, "null is not a value"},
+        {"1,,2", false, "column 3: expected a value"},
+        {"[1,x]", false, "vectors hold integers only"},
+        {"[12ab]", false, "not a decimal integer: '12ab'"},
         {"9223372036854775808", false, "out of the 64-bit range"},
         {R"([1,"a"])", false, "vectors hold integers only"},
         {"[2147483648]", false, "out of the int32 range"},
@@ -53,7 +71,6 @@ TEST(AnswerParse, CanonicalFormOrReasonForRefusal) {
         {R"("\u12")", false, "four hex digits"},
         {R"("\ud800")", false, "low surrogate"},
         {"\"a\tb\"", false, "control character"},
-        {"1,nocallback", false, "'nocallback' must be the whole answer"},
     };
     for (const auto& c : cases) {
         std::string error;
@@ -89,6 +106,11 @@ TEST(AnswerProgram, AcceptsFittingAnswersAndNamesTheShapeOtherwise) {
          "callback: int32 resultCode, int32[] samples; expected at most 2 values, got 3", false},
         {Service::kSensors, "getFlickerRawData", "0,5", "value 2: expected int32[] samples", false},
         {Service::kFactory, "getBsn", "0", "factory has no operation \"getBsn\"", false},
+        {Service::kPower, "getPowerState", "5,on battery", R"(5,"on battery")", true},
+        {Service::kPower, "setPowerState", "crsh",
+         "unknown answer keyword crsh (did you mean crash?)", false},
+        {Service::kPower, "getPowerState", "NoCalback", "(did you mean nocallback?)", false},
+        {Service::kPower, "setPowerState", "charging", "value 1: expected int32 result", false},
     };
     SimDevice device;
     for (const auto& c : cases) {
@@ -107,6 +129,99 @@ TEST(AnswerProgram, AcceptsFittingAnswersAndNamesTheShapeOtherwise) {
     device.ResetAnswers();
     EXPECT_EQ(device.CurrentAnswer(Service::kTouchscreen, "getTpPressureWaitingTime")->ToString(),
               "5000");
+}
+
+// The grammar's own description must hold: each example is one value of its form, each keyword the
+// whole answer it names.
+TEST(AnswerGrammar, ExamplesAndKeywordsReadAsDescribed) {
+    const Answer::Kind kinds[] = {Answer::Kind::kNoCallback, Answer::Kind::kTransportError,
+                                  Answer::Kind::kCrash};
+    ASSERT_EQ(AnswerKeywords().size(), std::size(kinds));
+    for (size_t i = 0; i < std::size(kinds); ++i) {
+        std::optional<Answer> a = Answer::Parse(AnswerKeywords()[i].word, nullptr);
+        ASSERT_TRUE(a) << AnswerKeywords()[i].word;
+        EXPECT_EQ(a->kind(), kinds[i]) << AnswerKeywords()[i].word;
+    }
+    const std::map<std::string, size_t> alternative = {{"integer", 0}, {"bool", 1},   {"string", 2},
+                                                       {"bytes", 2},   {"vector", 3}, {"word", 2}};
+    for (const AnswerForm& f : AnswerForms()) {
+        std::string error;
+        std::optional<Answer> a = Answer::Parse(f.example, &error);
+        ASSERT_TRUE(a && a->values().size() == 1) << f.form << " " << f.example << ": " << error;
+        EXPECT_EQ(a->values()[0].index(), alternative.at(f.form)) << f.form;
+    }
+}
+
+// Calls keep their arguments as values: records field by field, vectors whole; the text shows
+// long vectors shortened.
+TEST(SimDevice, CallsKeepTypedArguments) {
+    ::android::hardware::details::resetServiceManager();
+    SimDevice device;
+    device.Start();
+    sp<Factory> factory = Factory::getService("kxfactoryinterface_hal");
+    sp<Sensors10> sensors = Sensors10::getService("default");
+    ASSERT_TRUE(factory && sensors);
+    FmdOperation op{1, 2, 3, 4, "ST", "B\"N"};
+    EXPECT_TRUE(factory->sendBigDataOperation(op).isOk());
+    std::vector<int32_t> raw(40);
+    for (size_t i = 0; i < raw.size(); ++i) raw[i] = static_cast<int32_t>(i);
+    EXPECT_TRUE(sensors->setApPressureCalibrationExtern(7, -1, raw).isOk());
+    std::vector<Call> calls = device.TakeCalls();
+    ASSERT_EQ(calls.size(), 2u);
+    const ArgRecord& record = std::get<ArgRecord>(calls[0].args.at(0).value);
+    ASSERT_EQ(record.size(), 6u);
+    EXPECT_EQ(record[5].first, "bsn");
+    EXPECT_EQ(std::get<std::string>(record[5].second.value), "B\"N");
+    EXPECT_EQ(calls[0].Text(),
+              R"(factory.sendBigDataOperation({version: 1, commandId: 2, operation: 3, cycle: 4, )"
+              R"(station: "ST", bsn: "B\"N"}))");
+    EXPECT_EQ(calls[1].position, 21u);
+    EXPECT_EQ(std::get<std::vector<int32_t>>(calls[1].args.at(2).value), raw);
+    EXPECT_NE(calls[1].Text().find(", 31, ... (40 values)])"), std::string::npos)
+        << calls[1].Text();
+}
+
+struct Recipient : ::android::hardware::hidl_death_recipient {
+    void serviceDied(uint64_t, const ::android::wp<::android::hidl::base::V1_0::IBase>&) override {}
+};
+
+// Linked follows the client's death link, not the registration alone.
+TEST(SimDevice, LinkedFollowsTheClientsDeathLink) {
+    ::android::hardware::details::resetServiceManager();
+    SimDevice device;
+    device.Start();
+    sp<Power> power = Power::getService("default");
+    ASSERT_NE(power, nullptr);
+    EXPECT_FALSE(device.Linked(Service::kPower)) << "registered, but nobody linked";
+    sp<Recipient> recipient = new Recipient();
+    ASSERT_TRUE(power->linkToDeath(recipient, 7).isOk());
+    EXPECT_TRUE(device.Linked(Service::kPower));
+    EXPECT_FALSE(device.Linked(Service::kLight));
+    ASSERT_TRUE(power->unlinkToDeath(recipient).isOk());
+    EXPECT_FALSE(device.Linked(Service::kPower));
+    ASSERT_TRUE(power->linkToDeath(recipient, 7).isOk());
+    ASSERT_TRUE(device.Kill(Service::kPower));
+    EXPECT_FALSE(device.Linked(Service::kPower)) << "a dead registration holds no link";
+    ASSERT_TRUE(device.Revive(Service::kPower));
+    SimDevice::WaitIdle();
+}
+
+// Log lines come as the platform's viewer shows them, without the trailing newline; the old text
+// form keeps the message as written.
+TEST(LogCapture, LinesKeepPriorityTagAndTextWithoutTheNewline) {
+    CaptureLogs();
+    TakeLogLines();
+    __android_log_print(ANDROID_LOG_ERROR, nullptr, "%s: fail\n", "KxMMITest_jni");
+    __android_log_print(ANDROID_LOG_WARN, "HidlServiceManagement", "Waited");
+    std::vector<LogLine> lines = TakeLogLines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].priority, 'E');
+    EXPECT_EQ(lines[0].tag, "");
+    EXPECT_EQ(lines[0].text, "KxMMITest_jni: fail");
+    EXPECT_EQ(lines[1].tag, "HidlServiceManagement");
+    __android_log_print(ANDROID_LOG_DEBUG, nullptr, "x\n");
+    __android_log_print(ANDROID_LOG_WARN, "T", "y");
+    EXPECT_EQ(TakeLogs(), (std::vector<std::string>{"D x\n", "W T: y"}));
 }
 
 TEST(SimDevice, TransportErrorFailsTheCallWithoutItsCallback) {

@@ -1,5 +1,7 @@
 package com.tavrin.mmitest.sim;
 
+import java.util.List;
+
 /**
  * The simulated device: the seven vendor services running inside this process, as the native
  * library finds them through the host transport. Services are named factory, display,
@@ -45,7 +47,10 @@ public final class SimulatedDevice {
      * become 0, false, "" or []), "nocallback" (callback operations only), "transport-error" (the
      * call fails, the service lives on) or "crash" (the service dies in the middle of the call:
      * the caller sees a dead transport, death recipients are told, and the service registers again
-     * after the restart delay). Strings are JSON strings. Returns null when accepted, else why not.
+     * after the restart delay). A text is a JSON string, bytes:HEX, or any other word up to the
+     * next comma ("0,on battery"), as a shell leaves a quoted value. catalogue() lists the
+     * keywords and forms. Returns null when accepted, else why not, naming the keyword meant
+     * when one is misspelt.
      */
     public static native String program(String service, String operation, String answer);
 
@@ -83,28 +88,79 @@ public final class SimulatedDevice {
      */
     public static native void waitRestarts();
 
-    /** "service.operation(args)" for each call received since the last take, oldest first. */
+    /**
+     * Every call received since the last take, oldest first. Takes from the same record as
+     * takeCalls().
+     */
+    public static List<Call> takeCallRecords() {
+        return List.of(takeCallArray());
+    }
+
+    private static native Call[] takeCallArray();
+
+    /**
+     * Old form, kept for the console until it moves to records (use takeCallRecords()):
+     * "service.operation(args)" for each call received since the last take, oldest first.
+     */
     public static native String[] takeCalls();
 
-    /** Positions of the calls the last takeCalls() returned, in the same order. */
+    /** Old form, unused: positions of the calls the last takeCalls() returned, in the same order. */
     public static native int[] takeCallPositions();
 
     /** Captures every platform log line from now on, verbose included. */
     public static native void captureLogs();
 
     /**
-     * Captured lines since the last take as "P TEXT", P one of V D I W E F; oldest first. TEXT is
-     * the message as written, after "TAG: " when the line has a tag (the platform's own lines do;
-     * the library's have none).
+     * Captured lines since the last take, oldest first, each without the library's trailing
+     * newline. Takes from the same record as takeLogs().
+     */
+    public static List<LogLine> takeLogLines() {
+        return List.of(takeLogArray());
+    }
+
+    private static native LogLine[] takeLogArray();
+
+    /**
+     * Old form, kept for the console until it moves to records (use takeLogLines()): captured
+     * lines since the last take as "P TEXT", P one of V D I W E F; oldest first. TEXT is the
+     * message as written, trailing newline included, after "TAG: " when the line has a tag (the
+     * platform's own lines do; the library's have none).
      */
     public static native String[] takeLogs();
 
-    /** Names of the service's operations that the native library calls, in position order. */
+    /**
+     * Old form, kept for the console until it moves to the catalogue (use
+     * catalogue().service(name)): names of the service's operations that the native library
+     * calls, in position order.
+     */
     public static native String[] operations(String service);
 
     /**
-     * What each operation of operations(service) answers, in the same order: "value: int64" or
-     * "callback: int32 resultCode, int32[] samples".
+     * Old form, kept for the console until it moves to the catalogue (use Catalogue.Operation's
+     * shape()): what each operation of operations(service) answers, in the same order.
      */
     public static native String[] shapes(String service);
+
+    /** The device's own description of itself: services, operations, answers, answer grammar. */
+    public static Catalogue catalogue() {
+        return CatalogueHolder.CATALOGUE;
+    }
+
+    private static final class CatalogueHolder {
+        static final Catalogue CATALOGUE = readCatalogue();
+    }
+
+    private static native Catalogue readCatalogue();
+
+    /**
+     * Whether the native library (or any client) holds a death link to the service's current
+     * registration: whether its handle of the service is connected. False while the service is
+     * not registered.
+     */
+    public static native boolean linked(String service);
+
+    /** The services linked() holds for, in the catalogue's order. */
+    public static List<String> linkedServices() {
+        return catalogue().serviceNames().stream().filter(SimulatedDevice::linked).toList();
+    }
 }
