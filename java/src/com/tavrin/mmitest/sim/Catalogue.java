@@ -97,7 +97,7 @@ public record Catalogue(List<Service> services, List<Keyword> keywords, List<For
     /**
      * A word an answer may be instead of values.
      *
-     * @param word {@code "nocallback"}, {@code "transport-error"} or {@code "crash"}
+     * @param word the keyword, written as the whole answer
      * @param callbackOnly whether only operations that answer through a callback take it
      * @param meaning what the service then does
      */
@@ -122,7 +122,7 @@ public record Catalogue(List<Service> services, List<Keyword> keywords, List<For
         return services.stream().filter(s -> s.name().equals(name)).findFirst();
     }
 
-    /** The keywords an operation takes: nocallback only where it answers through a callback. */
+    /** The keywords an operation takes: the callback-only ones where it answers through a callback. */
     public List<Keyword> keywordsFor(Operation operation) {
         return keywords.stream().filter(k -> operation.callback() || !k.callbackOnly()).toList();
     }

@@ -4,8 +4,8 @@ import java.util.List;
 
 /**
  * The simulated device: the seven vendor services running inside this process, as the native
- * library finds them through the host transport. Services are named factory, display,
- * touchscreen, sensors, power, light and otherdevices; an unknown name throws
+ * library finds them through the host transport. Services are named as
+ * catalogue().serviceNames() lists them; an unknown name throws
  * IllegalArgumentException. Every method is safe to call from any thread.
  */
 public final class SimulatedDevice {
@@ -44,10 +44,11 @@ public final class SimulatedDevice {
     /**
      * Programs the answer of every later call of the operation: a value ("7", "true", "-3"), the
      * callback's values separated by commas ("5,\"info\"", "0,[1,2,3]"; missing trailing values
-     * become 0, false, "" or []), "nocallback" (callback operations only), "transport-error" (the
-     * call fails, the service lives on) or "crash" (the service dies in the middle of the call:
-     * the caller sees a dead transport, death recipients are told, and the service registers again
-     * after the restart delay). A text is a JSON string, bytes:HEX, or any other word up to the
+     * become 0, false, "" or []), or one of catalogue().keywords() as the whole answer: the
+     * service returns without calling back (callback operations only), the call fails while the
+     * service lives on, or the service dies in the middle of the call (the caller sees a dead
+     * transport, death recipients are told, and the service registers again after the restart
+     * delay). A text is a JSON string, bytes:HEX, or any other word up to the
      * next comma ("0,on battery"), as a shell leaves a quoted value. catalogue() lists the
      * keywords and forms. Returns null when accepted, else why not, naming the keyword meant
      * when one is misspelt.
