@@ -4,6 +4,8 @@
 #include <simdevice/log_capture.h>
 #include <simdevice/sim_device.h>
 
+#include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <mutex>
 #include <optional>
@@ -436,8 +438,68 @@ JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_setRestartDel
     Device().SetRestartDelay(ms < 0 ? -1 : ms);
 }
 
-JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_waitRestarts(JNIEnv*, jclass) {
-    Device().WaitRestarts();
+JNIEXPORT jboolean JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_waitRestarts(JNIEnv*, jclass,
+                                                                                    jlong ms) {
+    return Device().WaitRestarts(std::chrono::milliseconds(std::max<jlong>(ms, 0))) ? JNI_TRUE
+                                                                                    : JNI_FALSE;
+}
+
+JNIEXPORT jstring JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_waitingFor(JNIEnv* env,
+                                                                                 jclass) {
+    return ToJava(env, Device().WaitingFor());
+}
+
+JNIEXPORT jobjectArray JNICALL
+Java_com_tavrin_mmitest_sim_SimulatedDevice_pendingRegistrationArray(JNIEnv* env, jclass) {
+    std::vector<std::string> names;
+    for (Service s : Device().PendingRegistrations()) names.push_back(simdevice::ServiceName(s));
+    return ToJavaArray(env, names);
+}
+
+JNIEXPORT jboolean JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_reviveAfter(JNIEnv* env,
+                                                                                   jclass,
+                                                                                   jstring service,
+                                                                                   jlong ms) {
+    std::optional<Service> s = ServiceArg(env, service);
+    if (!s) return JNI_FALSE;
+    if (ms < 0) {
+        Throw(env, "java/lang/IllegalArgumentException",
+              "revival delay " + std::to_string(ms) + " ms is negative");
+        return JNI_FALSE;
+    }
+    return Device().ReviveAfter(*s, ms) ? JNI_TRUE : JNI_FALSE;
+}
+
+JNIEXPORT jstring JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_programSequence(
+    JNIEnv* env, jclass, jstring service, jstring operation, jobjectArray answers) {
+    std::optional<Service> s = ServiceArg(env, service);
+    if (!s) return nullptr;
+    if (operation == nullptr || answers == nullptr) {
+        return ToJava(env, "operation and answers must not be null");
+    }
+    std::vector<std::string> texts;
+    for (jsize i = 0; i < env->GetArrayLength(answers); ++i) {
+        auto answer = static_cast<jstring>(env->GetObjectArrayElement(answers, i));
+        if (answer == nullptr) return ToJava(env, "answer " + std::to_string(i + 1) + " is null");
+        texts.push_back(FromJava(env, answer));
+        env->DeleteLocalRef(answer);
+    }
+    std::string error;
+    if (Device().Program(*s, FromJava(env, operation), texts, &error)) return nullptr;
+    return ToJava(env, error);
+}
+
+JNIEXPORT jstring JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_setDelay(JNIEnv* env, jclass,
+                                                                               jstring service,
+                                                                               jstring operation,
+                                                                               jlong ms) {
+    std::optional<Service> s = ServiceArg(env, service);
+    if (!s) return nullptr;
+    if (operation == nullptr) return ToJava(env, "operation must not be null");
+    if (ms < 0) return ToJava(env, "delay " + std::to_string(ms) + " ms is negative");
+    std::string error;
+    if (Device().SetDelay(*s, FromJava(env, operation), ms, &error)) return nullptr;
+    return ToJava(env, error);
 }
 
 JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_setOnlyV10(JNIEnv* env, jclass,
@@ -498,8 +560,10 @@ JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_withdraw(JNIE
     if (s) Device().Withdraw(*s);
 }
 
-JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_waitIdle(JNIEnv*, jclass) {
-    SimDevice::WaitIdle();
+JNIEXPORT jboolean JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_waitIdle(JNIEnv*, jclass,
+                                                                                jlong ms) {
+    return SimDevice::WaitIdle(std::chrono::milliseconds(std::max<jlong>(ms, 0))) ? JNI_TRUE
+                                                                                  : JNI_FALSE;
 }
 
 JNIEXPORT jobjectArray JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_takeCalls(JNIEnv* env,

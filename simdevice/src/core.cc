@@ -1,8 +1,11 @@
 // The shared state of one device: answers, the call record and typed copies of what arrived.
 #include <hidl/HostTransport.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include "internal.h"
 
@@ -140,7 +143,7 @@ Answer Core::Serve(Service service, const char* operation, std::vector<Arg> args
     call.args.reserve(args.size());
     for (const Arg& arg : args) call.args.push_back(ToArgValue(arg));
 
-    std::lock_guard<std::mutex> lock(lock_);
+    std::unique_lock<std::mutex> lock(lock_);
     if (calls_.size() >= kMaxCalls) calls_.pop_front();
     calls_.push_back(std::move(call));
     for (Arg& arg : args) {
@@ -152,34 +155,74 @@ Answer Core::Serve(Service service, const char* operation, std::vector<Arg> args
             last_operation_ = std::move(*o);
         }
     }
-    auto programmed = programmed_.find(&info);
-    if (programmed != programmed_.end()) return programmed->second;
     std::optional<int64_t> key;
     if (!args.empty() && std::holds_alternative<int32_t>(args[0])) key = std::get<int32_t>(args[0]);
-    return HealthyAnswer(info, key);
+    Answer answer = HealthyAnswer(info, key);
+    auto programmed = programmed_.find(&info);
+    if (programmed != programmed_.end()) {
+        Sequence& s = programmed->second;
+        answer = s.answers[std::min(s.next, s.answers.size() - 1)];
+        if (s.next < s.answers.size()) ++s.next;
+    }
+    auto delay = delays_.find(&info);
+    if (delay != delays_.end()) {
+        std::chrono::milliseconds ms(delay->second);
+        lock.unlock();
+        std::this_thread::sleep_for(ms);
+    }
+    return answer;
 }
 
-bool Core::Program(Service service, std::string_view operation, const Answer& answer,
-                   std::string* error) {
+const OperationInfo* Core::Operation(Service service, std::string_view operation,
+                                     std::string* error) {
     const OperationInfo* info = SimDevice::FindOperation(service, operation);
-    if (info == nullptr) {
-        if (error != nullptr) {
-            *error = std::string(ServiceName(service)) + " has no operation \"" +
-                     std::string(operation) + "\"; it has:";
-            for (const OperationInfo& op : SimDevice::Operations(service)) {
-                *error += ' ';
-                *error += op.name;
-            }
+    if (info == nullptr && error != nullptr) {
+        *error = std::string(ServiceName(service)) + " has no operation \"" +
+                 std::string(operation) + "\"; it has:";
+        for (const OperationInfo& op : SimDevice::Operations(service)) {
+            *error += ' ';
+            *error += op.name;
         }
+    }
+    return info;
+}
+
+bool Core::Program(Service service, std::string_view operation, const std::vector<Answer>& answers,
+                   std::string* error) {
+    const OperationInfo* info = Operation(service, operation, error);
+    if (info == nullptr) return false;
+    if (answers.empty()) {
+        if (error != nullptr) *error = "no answer given for " + std::string(operation);
         return false;
     }
-    std::optional<Answer> fitted = FitAnswer(*info, answer, error);
-    if (!fitted) {
-        if (error != nullptr) *error = std::string(ServiceName(service)) + "." + *error;
-        return false;
+    Sequence sequence;
+    for (size_t i = 0; i < answers.size(); ++i) {
+        std::optional<Answer> fitted = FitAnswer(*info, answers[i], error);
+        if (!fitted) {
+            if (error != nullptr) {
+                *error = (answers.size() > 1 ? "answer " + std::to_string(i + 1) + " of " +
+                                                   std::to_string(answers.size()) + ": "
+                                             : std::string()) +
+                         ServiceName(service) + "." + *error;
+            }
+            return false;
+        }
+        sequence.answers.push_back(std::move(*fitted));
     }
     std::lock_guard<std::mutex> lock(lock_);
-    programmed_.insert_or_assign(info, std::move(*fitted));
+    programmed_.insert_or_assign(info, std::move(sequence));
+    return true;
+}
+
+bool Core::SetDelay(Service service, std::string_view operation, int64_t ms, std::string* error) {
+    const OperationInfo* info = Operation(service, operation, error);
+    if (info == nullptr) return false;
+    std::lock_guard<std::mutex> lock(lock_);
+    if (ms > 0) {
+        delays_.insert_or_assign(info, ms);
+    } else {
+        delays_.erase(info);
+    }
     return true;
 }
 
@@ -188,7 +231,10 @@ std::optional<Answer> Core::CurrentAnswer(Service service, std::string_view oper
     if (info == nullptr) return std::nullopt;
     std::lock_guard<std::mutex> lock(lock_);
     auto programmed = programmed_.find(info);
-    if (programmed != programmed_.end()) return programmed->second;
+    if (programmed != programmed_.end()) {
+        const Sequence& s = programmed->second;
+        return s.answers[std::min(s.next, s.answers.size() - 1)];
+    }
     return info->healthy;
 }
 
@@ -205,6 +251,7 @@ void Core::Crash(Service service) {
 void Core::ResetAnswers() {
     std::lock_guard<std::mutex> lock(lock_);
     programmed_.clear();
+    delays_.clear();
 }
 
 std::vector<Call> Core::TakeCalls() {

@@ -52,9 +52,13 @@ class Core {
     // Records the call and returns the answer it gets, fitted to the operation's shape.
     Answer Serve(Service service, const char* operation, std::vector<Arg> args);
 
-    bool Program(Service service, std::string_view operation, const Answer& answer,
+    // Successive calls take successive answers; the last one holds.
+    bool Program(Service service, std::string_view operation, const std::vector<Answer>& answers,
                  std::string* error);
+    // Each call of the operation takes ms milliseconds before it answers; 0: at once.
+    bool SetDelay(Service service, std::string_view operation, int64_t ms, std::string* error);
     std::optional<Answer> CurrentAnswer(Service service, std::string_view operation) const;
+    // Programmed answers and delays gone.
     void ResetAnswers();
     std::vector<Call> TakeCalls();
     void ClearRecords();
@@ -72,10 +76,18 @@ class Core {
     static constexpr size_t kMaxCalls = 65536;
 
   private:
+    struct Sequence {
+        std::vector<Answer> answers;  // fitted, at least one
+        size_t next = 0;              // the one the next call takes, until the last
+    };
+    static const OperationInfo* Operation(Service service, std::string_view operation,
+                                          std::string* error);
+
     std::mutex crash_lock_;
     std::function<void(Service)> crash_handler_;
     mutable std::mutex lock_;
-    std::map<const OperationInfo*, Answer> programmed_;
+    std::map<const OperationInfo*, Sequence> programmed_;
+    std::map<const OperationInfo*, int64_t> delays_;
     std::deque<Call> calls_;
     std::map<const OperationInfo*, std::vector<int32_t>> last_vectors_;
     std::optional<FmdMsg> last_msg_;

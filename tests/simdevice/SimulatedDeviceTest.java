@@ -117,4 +117,38 @@ class SimulatedDeviceTest {
         String error = SimulatedDevice.program("light", "setLightBrightness", "transprt-error");
         assertTrue(error.contains("did you mean transport-error?"), error);
     }
+
+    @Test
+    void sequencesAndDelaysReachTheLibrary() {
+        assertNull(SimulatedDevice.programSequence("light", "setLightBrightness", "5", "transport-error", "7"));
+        List<Integer> seen = new java.util.ArrayList<>();
+        for (int i = 0; i < 4; i++) {
+            seen.add(MmiNativeManager.setLightBrightnessNative(1, 2));
+        }
+        assertEquals(List.of(5, -1, 7, 7), seen);
+        String refused = SimulatedDevice.programSequence("light", "setLightBrightness", "1", "[x]");
+        assertTrue(refused.startsWith("answer 2 of 2"), refused);
+        assertNull(SimulatedDevice.setDelay("light", "setLightBrightness", 200));
+        long start = System.nanoTime();
+        assertEquals(7, MmiNativeManager.setLightBrightnessNative(1, 2));
+        assertTrue(System.nanoTime() - start >= 200_000_000L, "answered before the delay");
+        assertTrue(SimulatedDevice.setDelay("light", "setBrightness", 1).contains("no operation"));
+    }
+
+    /** A crash restarting while another service stays killed: the wait runs out and names it. */
+    @Test
+    void restartWaitRunsOutWhileTheReconnectWaitsForAKilledService() {
+        SimulatedDevice.setRestartDelay(0);
+        assertNull(SimulatedDevice.programSequence("light", "setLightBrightness", "crash", "0"));
+        assertEquals(-1, MmiNativeManager.setLightBrightnessNative(1, 2));
+        SimulatedDevice.kill("power");
+        assertFalse(SimulatedDevice.waitRestarts(1500));
+        assertTrue(SimulatedDevice.waitingFor().contains("power"), SimulatedDevice::waitingFor);
+        assertTrue(SimulatedDevice.reviveAfter("power", 100));
+        assertEquals(List.of("power"), SimulatedDevice.pendingRegistrations());
+        assertTrue(SimulatedDevice.waitRestarts(10_000), SimulatedDevice::waitingFor);
+        assertEquals(0, MmiNativeManager.setLightBrightnessNative(1, 2), "reconnected, the sequence at its last");
+        assertTrue(SimulatedDevice.linked("power"));
+        SimulatedDevice.setRestartDelay(300);
+    }
 }

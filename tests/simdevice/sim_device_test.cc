@@ -15,6 +15,7 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <thread>
 
 namespace simdevice {
 namespace {
@@ -23,10 +24,18 @@ using ::android::sp;
 using Sensors10 = ::vendor::tavrin::hardware::sensors::V1_0::ISensors;
 using Sensors11 = ::vendor::tavrin::hardware::sensors::V1_1::ISensors;
 using Power = ::vendor::tavrin::hardware::power::V1_0::IKXPower;
+using Light = ::vendor::tavrin::hardware::light::V2_0::ILight;
 using Factory = ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactoryInterface;
 using ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation;
 
 sp<Sensors11> V11(const sp<Sensors10>& sensors) { return Sensors11::castFrom(sensors); }
+
+// Every wait here ends within this, and fails saying what it waited for.
+constexpr std::chrono::milliseconds kBound{10000};
+#define ASSERT_IDLE() \
+    ASSERT_TRUE(SimDevice::WaitIdle(kBound)) << "transport reports undelivered after 10 s"
+#define ASSERT_RESTARTED(device) \
+    ASSERT_TRUE((device).WaitRestarts(kBound)) << "still to come: " << (device).WaitingFor()
 
 // Each text with its canonical form once read (which must read back the same), or a part of the
 // reason it is refused.
@@ -203,7 +212,7 @@ TEST(SimDevice, LinkedFollowsTheClientsDeathLink) {
     ASSERT_TRUE(device.Kill(Service::kPower));
     EXPECT_FALSE(device.Linked(Service::kPower)) << "a dead registration holds no link";
     ASSERT_TRUE(device.Revive(Service::kPower));
-    SimDevice::WaitIdle();
+    ASSERT_IDLE();
 }
 
 // Log lines come as the platform's viewer shows them, without the trailing newline; the old text
@@ -265,7 +274,7 @@ TEST(SimDevice, DeadServiceRecordsNothingAndResetRenewsOnlyV10) {
     device.Reset();
     EXPECT_FALSE(sensors->getSensorCalibrateDelayTime(2).isOk());  // killed and registered again
     EXPECT_NE(V11(Sensors10::getService("default")), nullptr);
-    SimDevice::WaitIdle();
+    ASSERT_IDLE();
 }
 
 using Clock = std::chrono::steady_clock;
@@ -301,9 +310,10 @@ TEST(SimDevice, LookupsWaitForDeclaredServicesUntilTheyRegister) {
     EXPECT_EQ(lookup.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
     start = Clock::now();
     ASSERT_TRUE(device.Revive(Service::kSensors));
+    ASSERT_EQ(lookup.wait_for(kBound), std::future_status::ready) << device.WaitingFor();
     EXPECT_NE(lookup.get(), nullptr);
     EXPECT_LT(MsSince(start), 200) << "the wait outlasted the registration";
-    SimDevice::WaitIdle();
+    ASSERT_IDLE();
 }
 
 // A crash fails the call with a dead transport and kills the service, which registers again after
@@ -326,18 +336,134 @@ TEST(SimDevice, CrashKillsTheServiceAndItRestartsAfterTheDelay) {
     EXPECT_EQ(callbacks, 0);
     EXPECT_FALSE(device.IsRegistered(Service::kPower));
     EXPECT_TRUE(Dead(power->setPowerState("s", "p"))) << "the old proxy stays dead";
-    device.WaitRestarts();
+    ASSERT_RESTARTED(device);
     EXPECT_GE(MsSince(start), 200);
     EXPECT_TRUE(device.IsRegistered(Service::kPower));
     device.SetRestartDelay(-1);
     power = Power::getService("default");
     EXPECT_TRUE(Dead(power->setPowerState("s", "p"))) << "the crash answer stays";
     EXPECT_EQ(device.TakeCalls().size(), 2u);  // the dead proxy's call never arrived
-    device.WaitRestarts();                     // nothing to wait for: it stays down
+    ASSERT_RESTARTED(device);                  // nothing to wait for: it stays down
     EXPECT_FALSE(device.IsRegistered(Service::kPower));
     device.SetRestartDelay(0);
     ASSERT_TRUE(device.Revive(Service::kPower));
-    SimDevice::WaitIdle();
+    ASSERT_IDLE();
+}
+
+// Successive calls take successive answers, the last one holds; a refused sequence changes
+// nothing.
+TEST(SimDevice, AnswerSequencesAdvanceAndTheLastHolds) {
+    ::android::hardware::details::resetServiceManager();
+    SimDevice device;
+    device.Start();
+    sp<Light> light = Light::getService("default");
+    ASSERT_NE(light, nullptr);
+    std::string error;
+    ASSERT_TRUE(device.Program(Service::kLight, "setLightBrightness", {"5", "transport-error", "7"},
+                               &error))
+        << error;
+    EXPECT_EQ(device.CurrentAnswer(Service::kLight, "setLightBrightness")->ToString(), "5");
+    std::vector<std::string> seen;
+    for (int i = 0; i < 4; ++i) {
+        ::android::hardware::Return<int32_t> r = light->setLightBrightness(1, 2);
+        seen.push_back(r.isOk() ? std::to_string(static_cast<int32_t>(r)) : "failed");
+    }
+    EXPECT_EQ(seen, (std::vector<std::string>{"5", "failed", "7", "7"}));
+    EXPECT_FALSE(
+        device.Program(Service::kLight, "setLightBrightness", {"1", "nocallback"}, &error));
+    EXPECT_NE(error.find("answer 2 of 2: light.setLightBrightness answers value"),
+              std::string::npos)
+        << error;
+    EXPECT_FALSE(device.Program(Service::kLight, "setLightBrightness", {"1", "[x]"}, &error));
+    EXPECT_NE(error.find("answer 2 of 2: column 2"), std::string::npos) << error;
+    EXPECT_FALSE(
+        device.Program(Service::kLight, "setLightBrightness", std::vector<std::string>{}, &error));
+    EXPECT_EQ(device.CurrentAnswer(Service::kLight, "setLightBrightness")->ToString(), "7");
+    device.ResetAnswers();
+    EXPECT_EQ(device.CurrentAnswer(Service::kLight, "setLightBrightness")->ToString(), "0");
+}
+
+// A delayed operation answers late, after the call was recorded; other operations and a reset
+// device answer at once.
+TEST(SimDevice, DelayedOperationsAnswerLate) {
+    ::android::hardware::details::resetServiceManager();
+    SimDevice device;
+    device.Start();
+    sp<Power> power = Power::getService("default");
+    ASSERT_NE(power, nullptr);
+    std::string error;
+    ASSERT_TRUE(device.SetDelay(Service::kPower, "setPowerState", 300, &error)) << error;
+    EXPECT_FALSE(device.SetDelay(Service::kPower, "setPower", 300, &error));
+    EXPECT_NE(error.find("power has no operation \"setPower\""), std::string::npos) << error;
+    Clock::time_point start = Clock::now();
+    auto late = std::async(std::launch::async, [&] { return power->setPowerState("s", "p"); });
+    for (int i = 0; i < 100 && device.TakeCalls().empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(late.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout)
+        << "the call was recorded, and is still to be answered";
+    ASSERT_EQ(late.wait_for(kBound), std::future_status::ready);
+    EXPECT_TRUE(late.get().isOk());
+    EXPECT_GE(MsSince(start), 300);
+    ASSERT_TRUE(device.SetDelay(Service::kPower, "setPowerState", 5000, &error));
+    device.Reset();
+    start = Clock::now();
+    EXPECT_TRUE(power->setPowerState("s", "p").isOk());
+    EXPECT_LT(MsSince(start), 4000) << "the reset left the delay";
+}
+
+// ReviveAfter returns at once and the service registers later, so a lookup waits for it; the
+// waits know it is coming.
+TEST(SimDevice, ReviveAfterRegistersLaterWhileLookupsWait) {
+    ::android::hardware::details::resetServiceManager();
+    SimDevice device;
+    device.Start();
+    EXPECT_FALSE(device.ReviveAfter(Service::kPower, 100)) << "it is registered";
+    ASSERT_TRUE(device.Kill(Service::kPower));
+    Clock::time_point start = Clock::now();
+    ASSERT_TRUE(device.ReviveAfter(Service::kPower, 300));
+    EXPECT_EQ(device.PendingRegistrations(), std::vector<Service>{Service::kPower});
+    EXPECT_NE(device.WaitingFor().find("power to register in"), std::string::npos)
+        << device.WaitingFor();
+    auto lookup = std::async(std::launch::async, [] { return Power::getService("default"); });
+    ASSERT_EQ(lookup.wait_for(kBound), std::future_status::ready) << device.WaitingFor();
+    EXPECT_NE(lookup.get(), nullptr);
+    EXPECT_GE(MsSince(start), 300);
+    ASSERT_RESTARTED(device);
+    EXPECT_TRUE(device.PendingRegistrations().empty());
+}
+
+// A report's handler stuck in a lookup of a killed service (the library's reconnect, as when a
+// test kills one service while another restarts) makes the waits run out, naming the service;
+// they end once it registers.
+TEST(SimDevice, WaitsRunOutNamingWhatTheyWaitFor) {
+    ::android::hardware::details::resetServiceManager();
+    SimDevice device;
+    device.Start();
+    ASSERT_RESTARTED(device);  // nothing to come: at once
+    ASSERT_TRUE(device.Kill(Service::kLight));
+    ::android::hardware::details::postToTransport([] { Light::getService("default"); });
+    EXPECT_FALSE(SimDevice::WaitIdle(std::chrono::milliseconds(200)));
+    EXPECT_FALSE(device.WaitRestarts(std::chrono::milliseconds(200)));
+    EXPECT_EQ(device.WaitingFor(), "declared but not registered, so lookups of them wait: light");
+    ASSERT_TRUE(device.Revive(Service::kLight));
+    ASSERT_IDLE();
+}
+
+// A crash restarts after the restart delay set for the test; a reset brings the default back.
+TEST(SimDevice, ResetRestoresTheRestartDelay) {
+    ::android::hardware::details::resetServiceManager();
+    SimDevice device;
+    device.Start();
+    device.SetRestartDelay(-1);
+    device.Reset();
+    ASSERT_TRUE(device.Program(Service::kPower, "setPowerState", "crash", nullptr));
+    Clock::time_point start = Clock::now();
+    EXPECT_TRUE(Dead(Power::getService("default")->setPowerState("s", "p")));
+    EXPECT_EQ(device.PendingRegistrations(), std::vector<Service>{Service::kPower});
+    ASSERT_RESTARTED(device);
+    EXPECT_GE(MsSince(start), SimDevice::kDefaultRestartDelayMs);
+    EXPECT_TRUE(device.IsRegistered(Service::kPower));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include <vendor/tavrin/hardware/kxfactoryinterface/1.0/types.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -197,13 +198,23 @@ class SimDevice {
     bool Kill(Service service);
     // Registers the service (again): a new registration report. False when already registered.
     bool Revive(Service service);
+    // Registers the service ms milliseconds from now, on the device's own thread, and returns at
+    // once: a client's lookup waits for it as on a device. False when it is registered.
+    bool ReviveAfter(Service service, int64_t ms);
     bool IsRegistered(Service service) const;
     // Whether a client holds a death link to the service's current registration: for the native
     // library, whether its handle of the service is connected.
     bool Linked(Service service) const;
-    // Returns once every registration still to come (a start delay, a crashed service's restart)
-    // has been made and its reports delivered. Services set to stay down are not waited for.
-    void WaitRestarts();
+    // Returns once every registration still to come (a start delay, a crashed service's restart,
+    // a ReviveAfter) has been made and its reports delivered, or false when timeout ran out first
+    // (WaitingFor says what was still to come). Services set to stay down are not waited for.
+    bool WaitRestarts(std::chrono::milliseconds timeout);
+    // The services whose registration is still to come, soonest first.
+    std::vector<Service> PendingRegistrations() const;
+    // What the waits here may be waiting for, in words: registrations still to come, and declared
+    // services that are not registered (a client's lookup of one waits, and with it every report
+    // behind the client's handler).
+    std::string WaitingFor() const;
     // Takes the service off a started device as if it had never been there: killed if registered
     // and undeclared, so that lookups answer empty at once, until Reset. Clients see its death.
     void Withdraw(Service service);
@@ -215,9 +226,17 @@ class SimDevice {
                  std::string* error);
     bool Program(Service service, std::string_view operation, const Answer& answer,
                  std::string* error);
+    // Programs a sequence: successive calls take successive answers, and the last one holds. All
+    // or nothing: one refused answer leaves the operation as it was.
+    bool Program(Service service, std::string_view operation,
+                 const std::vector<std::string>& answers, std::string* error);
+    // Makes every later call of the operation take ms milliseconds before it answers (0: at
+    // once), as a slow service does. ResetAnswers ends it.
+    bool SetDelay(Service service, std::string_view operation, int64_t ms, std::string* error);
     // The answer the next call of the operation gets, for operations whose default does not
     // depend on the call's arguments; getFactoryInfo's default is keyed by its info kind.
     std::optional<Answer> CurrentAnswer(Service service, std::string_view operation) const;
+    // Every operation back to its healthy answer, at once.
     void ResetAnswers();
 
     // Every call recorded since the last take, oldest first. The record keeps the newest 65536.
@@ -236,7 +255,14 @@ class SimDevice {
     // registration.
     void Reset();
 
-    // Returns once every death and registration report posted so far has been delivered.
+    // Returns once every death and registration report posted so far has been delivered, or
+    // false when timeout ran out first.
+    static bool WaitIdle(std::chrono::milliseconds timeout);
+
+    // The two waits for callers that have no way out when one runs out (test harnesses): bounded
+    // by kWaitBound, after which the process ends, saying what it waited for.
+    static constexpr std::chrono::seconds kWaitBound{30};
+    void WaitRestarts();
     static void WaitIdle();
 
   private:

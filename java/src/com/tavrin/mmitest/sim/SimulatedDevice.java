@@ -67,27 +67,101 @@ public final class SimulatedDevice {
     /** Registers the service again, with a new registration report; nothing if it runs. */
     public static native void revive(String service);
 
-    /** Every operation back to the healthy device's answer. */
+    /** Every operation back to the healthy device's answer, without delay. */
     public static native void resetAnswers();
 
     /**
-     * Back to a started healthy device: default answers, no absent or 1.0-only service, no
-     * recorded calls, every service registered with its full version.
+     * Back to a started healthy device: default answers without delay, no absent or 1.0-only
+     * service, the default restart delay, no registration still to come, no recorded calls, every
+     * service registered with its full version.
      */
     public static native void reset();
 
     /** Takes the service off a started device: killed, and not there to reconnect until reset(). */
     public static native void withdraw(String service);
 
-    /** Returns once every death and registration report so far has been delivered. */
-    public static native void waitIdle();
+    /** How long the waits without a timeout of their own wait: 30 s. */
+    public static final long DEFAULT_WAIT_MS = 30_000;
 
     /**
-     * Returns once every registration still to come (a start delay, a crashed service's restart)
-     * has been made and its reports delivered, as waitIdle() then does. A service that stays down
-     * (restart delay negative) is not waited for.
+     * Returns true once every death and registration report posted so far has been delivered
+     * (the library has handled it), false when timeoutMs ran out first: a report's handler, such
+     * as the library's reconnect, is still running, typically waiting for a service that is
+     * declared but not registered (waitingFor() names them).
      */
-    public static native void waitRestarts();
+    public static native boolean waitIdle(long timeoutMs);
+
+    /** waitIdle(DEFAULT_WAIT_MS), throwing IllegalStateException naming what it waited for. */
+    public static void waitIdle() {
+        if (!waitIdle(DEFAULT_WAIT_MS)) {
+            throw new IllegalStateException("the transport's reports were not delivered within "
+                    + DEFAULT_WAIT_MS / 1000 + " s; waiting for " + waitingFor());
+        }
+    }
+
+    /**
+     * Returns true once every registration still to come (a start delay, a crashed service's
+     * restart, a reviveAfter()) has been made and its reports delivered, as waitIdle() then does;
+     * false when timeoutMs ran out first (waitingFor() says what was still to come). A service
+     * that stays down (restart delay negative) is not waited for; with nothing to come it returns
+     * as soon as the reports so far are delivered (pendingRegistrations() is then empty).
+     */
+    public static native boolean waitRestarts(long timeoutMs);
+
+    /** waitRestarts(DEFAULT_WAIT_MS), throwing IllegalStateException naming what it waited for. */
+    public static void waitRestarts() {
+        if (!waitRestarts(DEFAULT_WAIT_MS)) {
+            throw new IllegalStateException("restarts not done within " + DEFAULT_WAIT_MS / 1000
+                    + " s; waiting for " + waitingFor());
+        }
+    }
+
+    /**
+     * What a wait that ran out was waiting for, in words: "power to register in 250 ms; declared
+     * but not registered, so lookups of them wait: light".
+     */
+    public static native String waitingFor();
+
+    /** The services whose registration is still to come, soonest first. */
+    public static List<String> pendingRegistrations() {
+        return List.of(pendingRegistrationArray());
+    }
+
+    private static native String[] pendingRegistrationArray();
+
+    /** kill(service), then waitIdle(timeoutMs): true once the library has handled the death. */
+    public static boolean kill(String service, long timeoutMs) {
+        kill(service);
+        return waitIdle(timeoutMs);
+    }
+
+    /** revive(service), then waitIdle(timeoutMs): true once the library has handled the registration. */
+    public static boolean revive(String service, long timeoutMs) {
+        revive(service);
+        return waitIdle(timeoutMs);
+    }
+
+    /**
+     * Registers the service ms milliseconds from now and returns at once, so that the library's
+     * reconnect waits for it as on a device; waitRestarts() waits for it too. False (and nothing
+     * done) when the service is registered. IllegalArgumentException for a negative ms.
+     */
+    public static native boolean reviveAfter(String service, long ms);
+
+    /**
+     * Programs a sequence of answers, each as program() takes it: successive calls of the
+     * operation take successive answers and the last one holds ("crash", "0": the first call
+     * crashes the service, every later one answers 0). All or nothing. Returns null when
+     * accepted, else why not, naming the refused answer's place.
+     */
+    public static native String programSequence(String service, String operation, String... answers);
+
+    /**
+     * Makes every later call of the operation take ms milliseconds before the service answers,
+     * as a slow service does; 0 answers at once. resetAnswers() and reset() end it. Returns null
+     * when accepted, else why not.
+     */
+    public static native String setDelay(String service, String operation, long ms);
 
     /**
      * Every call received since the last take, oldest first. Takes from the same record as
