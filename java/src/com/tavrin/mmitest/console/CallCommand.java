@@ -11,6 +11,8 @@ import java.util.List;
 import java.util.concurrent.Callable;
 
 import com.google.gson.stream.JsonWriter;
+import com.tavrin.mmitest.sim.Catalogue;
+import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import picocli.CommandLine;
@@ -65,7 +67,7 @@ final class CallCommand implements Callable<Integer> {
 
     Method method;
     Object[] arguments;
-    List<DeviceOptions.Service> listed;
+    List<String> listed;
 
     /** Parses a command line as the console does, without running it; refusals as IllegalArgumentException. */
     static CallCommand parse(List<String> args) {
@@ -91,8 +93,7 @@ final class CallCommand implements Callable<Integer> {
                     throw new IllegalArgumentException("--list-ops takes one service and calls no method, so '"
                             + methodName + "' has no place; give --list-ops SERVICE alone");
                 }
-                listed = listOps.isEmpty() ? List.of(DeviceOptions.Service.values())
-                        : List.of(DeviceOptions.service(listOps));
+                listed = listOps.isEmpty() ? DeviceOptions.serviceNames() : List.of(DeviceOptions.service(listOps));
                 return;
             }
             if (methodName == null) {
@@ -119,57 +120,53 @@ final class CallCommand implements Callable<Integer> {
             return Console.OK;
         }
         device.apply();
-        String[] loadLogs = Natives.startDevice(device, err, "mmi call: ");
+        List<LogLine> loadLogs = Natives.startDevice(device, err, "mmi call: ");
         StepRecord r = StepRecord.invoke(method, arguments);
         if (r.thrown != null) {
             throw new Console.Failure(method.getName() + " threw " + r.thrown);
         }
-        List<String> logs = new ArrayList<>(List.of(device.startNote() != null ? loadLogs : new String[0]));
-        logs.addAll(List.of(r.logs));
-        r.logs = logs.toArray(new String[0]);
+        // The load's lines belong to the call's story when the load waited for a late service.
+        List<LogLine> logs = new ArrayList<>(device.startNote() != null ? loadLogs : List.of());
+        logs.addAll(r.logs);
+        r.logs = logs;
         if (!json) {
             // The answer as soon as it is known; a crashed service's restart is told after it.
             out.println("result: " + Values.format(r.result));
             r.detail().forEach(line -> out.println(Terminal.printable(line)));
         }
-        String[] restart = awaitRestart(err);
+        List<LogLine> restart = awaitRestart(err);
         if (json) {
-            logs.addAll(List.of(restart));
-            r.logs = logs.toArray(new String[0]);
+            logs.addAll(restart);
             out.println(json(r));
         } else {
-            for (String line : restart) {
-                out.println(Terminal.printable("log: " + line));
-            }
+            restart.forEach(line -> out.println(Terminal.printable("log: " + line)));
         }
         return Console.OK;
     }
 
     /** Waits for a service that crashed in the call to register again; the log lines its return brought. */
-    private String[] awaitRestart(PrintWriter err) {
-        boolean crashes = device.answers.stream().anyMatch(a -> a.text().strip().equals("crash"));
+    private List<LogLine> awaitRestart(PrintWriter err) {
         long delay = device.restartDelay != null ? device.restartDelay : DeviceOptions.DEFAULT_RESTART_MS;
-        if (crashes && delay > 2000) {
+        if (device.crashes() && delay > 2000) {
             err.println("mmi call: waiting for the crashed service to restart (--restart-delay " + delay + " ms)");
         }
         return Console.await(err, "mmi call: ", "the crashed service to restart", delay, () -> {
             SimulatedDevice.waitRestarts();
-            return SimulatedDevice.takeLogs();
+            return SimulatedDevice.takeLogLines();
         });
     }
 
     /** One row per operation: service, operation, what it answers and the answer keywords it takes. */
-    static void listOperations(PrintWriter out, Terminal terminal, List<DeviceOptions.Service> services) {
+    static void listOperations(PrintWriter out, Terminal terminal, List<String> services) {
         // Each operation on a line of its own and its keywords under it, so nothing is cut at any
         // width; a line still too wide goes on on the next.
-        for (DeviceOptions.Service service : services) {
-            String[] names = SimulatedDevice.operations(service.name());
-            String[] shapes = SimulatedDevice.shapes(service.name());
-            for (int i = 0; i < names.length; i++) {
-                Table.wrap(Table.INDENT + service + "." + names[i] + "  " + shapes[i], terminal.width)
+        Catalogue catalogue = SimulatedDevice.catalogue();
+        for (String name : services) {
+            for (Catalogue.Operation op : catalogue.service(name).orElseThrow().operations()) {
+                Table.wrap(Table.INDENT + name + "." + op.name() + "  " + op.shape(), terminal.width)
                         .forEach(out::println);
-                Table.wrap(Table.INDENT + "  keywords: " + String.join(", ", Answers.keywords(shapes[i])),
-                        terminal.width).forEach(out::println);
+                Table.wrap(Table.INDENT + "  keywords: " + String.join(", ", catalogue.keywordsFor(op).stream()
+                        .map(Catalogue.Keyword::word).toList()), terminal.width).forEach(out::println);
             }
         }
     }

@@ -19,6 +19,8 @@ import java.util.concurrent.ExecutionException;
 import java.util.concurrent.TimeUnit;
 import java.util.concurrent.TimeoutException;
 
+import com.tavrin.mmitest.sim.Catalogue;
+
 import picocli.CommandLine;
 import picocli.CommandLine.Command;
 import picocli.CommandLine.Model.CommandSpec;
@@ -133,7 +135,6 @@ public final class Console implements Callable<Integer> {
         // Method arguments are taken as typed: "@x" is a text, not a file to read arguments from;
         // options may come before or after the method, and after "--" everything is an argument.
         line.setExpandAtFiles(false);
-        line.registerConverter(DeviceOptions.Service.class, DeviceOptions::service);
         line.setParameterExceptionHandler((e, args) -> {
             CommandLine where = e.getCommandLine();
             where.getErr().println(prefix(where) + reason(e));
@@ -145,7 +146,7 @@ public final class Console implements Callable<Integer> {
             where.getErr().println(prefix(where) + (ours ? e.getMessage() : "internal error: " + e));
             return where.getExitCodeExceptionMapper().getExitCode(e);
         });
-        line.getSubcommands().get("run").getCommandSpec().usageMessage().footer(DEVICE_NOTES.toArray(new String[0]));
+        line.getSubcommands().get("run").getCommandSpec().usageMessage().footer(deviceNotes().toArray(new String[0]));
         line.getSubcommands().get("call").getCommandSpec().usageMessage().footer(callFooter());
         return line;
     }
@@ -251,17 +252,22 @@ public final class Console implements Callable<Integer> {
         }
     }
 
-    /** SERVICE and ANSWER, for run and call. */
-    private static final List<String> DEVICE_NOTES = List.of("",
-            "SERVICE  " + String.join(", ", DeviceOptions.serviceNames()),
-            "ANSWER   nocallback, transport-error, crash, or values separated by commas:",
-            "         7, true, \"text\", [1,2,3], bytes:HEX; quote the whole option for the",
-            "         shell to keep the quotes (a bare word is taken as text:",
-            "         power.getPowerState=5,x); mmi call --list-ops lists the operations",
-            "         and their answers");
+    /** SERVICE and ANSWER, for run and call, as the device names them when its library is there to ask. */
+    private static List<String> deviceNotes() {
+        List<String> services = DeviceOptions.serviceNames();
+        String keywords = DeviceOptions.known().map(c -> String.join(", ", c.keywords().stream()
+                .map(Catalogue.Keyword::word).toList()) + ", ").orElse("a keyword, ");
+        return List.of("",
+                "SERVICE  " + (services.isEmpty() ? "a service of the simulated device" : String.join(", ", services)),
+                "ANSWER   " + keywords + "or values separated by commas:",
+                "         7, true, \"text\", [1,2,3], bytes:HEX; quote the whole option for the",
+                "         shell to keep the quotes (a bare word is taken as text:",
+                "         power.getPowerState=5,x); mmi call --list-ops lists the operations",
+                "         and their answers");
+    }
 
     private static String[] callFooter() {
-        List<String> lines = new ArrayList<>(DEVICE_NOTES);
+        List<String> lines = new ArrayList<>(deviceNotes());
         lines.addAll(List.of(
                 "ARG      int, long: -12   boolean: true   String: '\"a\\u00e9\\n\"', a bare word,",
                 "         or null   int[]: '[1,2,3]'   byte[]: x007fa5ff",

@@ -1,10 +1,11 @@
 package com.tavrin.mmitest.console;
 
+import com.tavrin.mmitest.sim.Catalogue;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.util.ArrayList;
-import java.util.Arrays;
 import java.util.Iterator;
+import java.util.Optional;
 import java.util.List;
 import java.util.StringJoiner;
 
@@ -16,25 +17,14 @@ import picocli.CommandLine.TypeConversionException;
 
 /** How the simulated device deviates from a healthy one: the options run and call share. */
 final class DeviceOptions {
-    /** The device's services; the shell completes them where an option names one. */
-    enum Service {
-        factory(true), display(true), touchscreen(false), sensors(true), power(false), light(false),
-        otherdevices(false);
+    @Option(names = "--absent", paramLabel = "SERVICE", converter = ServiceName.class,
+            completionCandidates = ServiceNames.class, description = "Leave the service unregistered.")
+    List<String> absent = new ArrayList<>();
 
-        /** Whether it has a version 1.1 that --only-1.0 can withhold. */
-        final boolean versioned;
-
-        Service(boolean versioned) {
-            this.versioned = versioned;
-        }
-    }
-
-    @Option(names = "--absent", paramLabel = "SERVICE", description = "Leave the service unregistered.")
-    List<Service> absent = new ArrayList<>();
-
-    @Option(names = "--only-1.0", paramLabel = "SERVICE", completionCandidates = VersionedNames.class,
-            description = "Offer only version 1.0 of the service: factory, display or sensors.")
-    List<Service> onlyV10 = new ArrayList<>();
+    @Option(names = "--only-1.0", paramLabel = "SERVICE", converter = ServiceName.class,
+            completionCandidates = VersionedNames.class,
+            description = "Offer only version 1.0 of a service that has a version 1.1.")
+    List<String> onlyV10 = new ArrayList<>();
 
     @Option(names = "--answer", paramLabel = "SERVICE.OPERATION=ANSWER", converter = AnswerConverter.class,
             description = "Program what the operation answers from now on; crash: the service dies in the middle "
@@ -51,24 +41,50 @@ final class DeviceOptions {
                     + DEFAULT_RESTART_MS + "), or never.")
     Long restartDelay;
 
-    record StartDelay(Service service, long ms) {}
+    record StartDelay(String service, long ms) {}
 
-    record Answer(Service service, String operation, String text) {
+    record Answer(String service, String operation, String text) {
         @Override
         public String toString() {
             return service + "." + operation + "=" + text;
         }
     }
 
+    /**
+     * The device's description of itself, which names its services and answer keywords. Empty when
+     * its library is not built yet: ./mmi's checks before the build then leave the names to the
+     * console's second start.
+     */
+    static Optional<Catalogue> known() {
+        try {
+            return Optional.of(SimulatedDevice.catalogue());
+        } catch (LinkageError e) {
+            return Optional.empty();
+        }
+    }
+
+    static List<String> serviceNames() {
+        return known().map(Catalogue::serviceNames).orElse(List.of());
+    }
+
+    static List<String> versioned() {
+        return known().map(c -> c.services().stream().filter(Catalogue.Service::hasV11).map(Catalogue.Service::name)
+                .toList()).orElse(List.of());
+    }
+
     /** Refuses options that contradict each other; needs no library. */
     void check(CommandSpec spec) {
-        for (Service s : onlyV10) {
-            if (!s.versioned) {
-                throw new ParameterException(spec.commandLine(), s + " has no version 1.1 to withhold "
-                        + "(--only-1.0 takes " + String.join(", ", versioned()) + ")");
+        for (String s : onlyV10) {
+            if (!versioned().isEmpty() && !versioned().contains(s)) {
+                throw new ParameterException(spec.commandLine(), s + " has no version 1.1 to withhold (--only-1.0 "
+                        + "takes " + String.join(", ", versioned()) + ")");
+            }
+            if (absent.contains(s)) {
+                throw new ParameterException(spec.commandLine(), "--absent " + s + " and --only-1.0 " + s
+                        + " contradict each other: an absent service offers no version");
             }
         }
-        List<Service> late = new ArrayList<>();
+        List<String> late = new ArrayList<>();
         for (StartDelay d : startDelays) {
             if (absent.contains(d.service())) {
                 throw new ParameterException(spec.commandLine(), "--absent " + d.service() + " and --start-delay "
@@ -80,69 +96,57 @@ final class DeviceOptions {
             }
             late.add(d.service());
         }
-        for (Service s : onlyV10) {
-            if (absent.contains(s)) {
-                throw new ParameterException(spec.commandLine(), "--absent " + s + " and --only-1.0 " + s
-                        + " contradict each other: an absent service offers no version");
-            }
-        }
     }
 
     /** Sets the device up before it starts; a refused answer is the user's to correct. */
     void apply() {
-        absent.forEach(s -> SimulatedDevice.setAbsent(s.name(), true));
-        onlyV10.forEach(s -> SimulatedDevice.setOnlyV10(s.name(), true));
-        startDelays.forEach(d -> SimulatedDevice.setStartDelay(d.service().name(), d.ms()));
+        try {
+            SimulatedDevice.catalogue();
+        } catch (LinkageError e) {
+            throw new Console.Failure("cannot load the simulated device: " + e.getMessage());
+        }
+        absent.forEach(s -> SimulatedDevice.setAbsent(s, true));
+        onlyV10.forEach(s -> SimulatedDevice.setOnlyV10(s, true));
+        startDelays.forEach(d -> SimulatedDevice.setStartDelay(d.service(), d.ms()));
         if (restartDelay != null) {
             SimulatedDevice.setRestartDelay(restartDelay);
         }
         programAnswers();
     }
 
-    /** Programs every --answer, as typed or with its bare words quoted. */
+    /** Programs every --answer as typed: the device reads a bare word as text, as the shell leaves it. */
     void programAnswers() {
-        for (Answer answer : answers) {
-            String error = program(answer);
+        for (Answer a : answers) {
+            String error = SimulatedDevice.program(a.service(), a.operation(), a.text());
             if (error != null) {
-                throw new IllegalArgumentException("--answer " + answer + ": " + error);
+                throw new IllegalArgumentException("--answer " + a + ": " + error);
             }
         }
     }
 
-    /** Programs an answer as typed, or with its bare words quoted; null when accepted, else why not. */
-    static String program(Answer answer) {
-        String service = answer.service().name();
-        String error = SimulatedDevice.program(service, answer.operation(), answer.text());
-        if (error == null) {
-            return null;
-        }
-        String requoted = Answers.requote(answer.text());
-        if (requoted.equals(answer.text()) || SimulatedDevice.program(service, answer.operation(), requoted) != null) {
-            return Answers.explain(answer.text(), error);
-        }
-        return null;
+    /** Whether an answer makes its service crash, which the console then waits to see restart. */
+    boolean crashes() {
+        return answers.stream().anyMatch(a -> a.text().strip().equals(Drill.Fault.crash.name()));
     }
 
-    static List<String> serviceNames() {
-        return Arrays.stream(Service.values()).map(Service::name).toList();
-    }
-
-    static List<String> versioned() {
-        return Arrays.stream(Service.values()).filter(s -> s.versioned).map(Service::name).toList();
-    }
-
-    static Service service(String name) {
-        for (Service s : Service.values()) {
-            if (s.name().equals(name)) {
-                return s;
-            }
+    static String service(String name) {
+        List<String> names = serviceNames();
+        if (names.isEmpty() || names.contains(name)) {
+            return name;
         }
-        String guess = Console.closest(name, serviceNames());
+        String guess = Console.closest(name, names);
         throw new TypeConversionException("unknown service '" + name + "'" + (guess != null
-                ? " (did you mean " + guess + "?)" : "; the services are " + String.join(", ", serviceNames())));
+                ? " (did you mean " + guess + "?)" : "; the services are " + String.join(", ", names)));
     }
 
-    /** What the shell completion offers where a service is named in a text option. */
+    static final class ServiceName implements ITypeConverter<String> {
+        @Override
+        public String convert(String name) {
+            return service(name);
+        }
+    }
+
+    /** What the shell completion offers where a service is named. */
     static final class ServiceNames implements Iterable<String> {
         @Override
         public Iterator<String> iterator() {

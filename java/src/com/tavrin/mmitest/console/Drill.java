@@ -1,14 +1,14 @@
 package com.tavrin.mmitest.console;
 
-import com.tavrin.mmitest.console.DeviceOptions.Service;
-import com.tavrin.mmitest.console.FactorySequence.Probe;
+import com.tavrin.mmitest.console.FactorySequence.Step;
 import com.tavrin.mmitest.console.RunReport.DrillCheck;
 import com.tavrin.mmitest.console.RunReport.Status;
+import com.tavrin.mmitest.sim.Call;
+import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.io.PrintWriter;
 import java.util.ArrayList;
-import java.util.Arrays;
 import java.util.List;
 
 /**
@@ -21,16 +21,15 @@ final class Drill {
     enum Fault { kill, crash }
 
     /** What the probes answered in each phase, and what the device logged at each turn. */
-    record Phases(List<StepRecord> before, List<StepRecord> down, List<StepRecord> after, String[] killLogs,
-            String[] downLogs, String[] restartLogs, String[] reviveLogs, double faultSeconds,
-            double reviveSeconds) {}
+    record Phases(List<StepRecord> before, List<StepRecord> down, List<StepRecord> after, List<LogLine> killLogs,
+            List<LogLine> restartLogs, List<LogLine> reviveLogs, double faultSeconds, double reviveSeconds) {}
 
-    private final Service service;
+    private final String service;
     private final Fault fault;
     private final DeviceOptions device;
-    private final List<Probe> probes = FactorySequence.probes();
+    private final List<Step> probes = FactorySequence.probes();
 
-    Drill(Service service, Fault fault, DeviceOptions device) {
+    Drill(String service, Fault fault, DeviceOptions device) {
         this.service = service;
         this.fault = fault;
         this.device = device;
@@ -52,24 +51,23 @@ final class Drill {
 
     /** Runs the drill on the started device and judges it into the report. */
     void run(RunReport report, PrintWriter err) {
-        SimulatedDevice.takeLogs();
-        SimulatedDevice.takeCalls();
+        SimulatedDevice.takeLogLines();
+        SimulatedDevice.takeCallRecords();
         List<StepRecord> before = probe();
         long faultStart = System.nanoTime();
         if (fault == Fault.kill) {
-            SimulatedDevice.kill(service.name());
+            SimulatedDevice.kill(service);
         } else {
             crash(before);
         }
         SimulatedDevice.waitIdle();
         double faultSeconds = seconds(faultStart);
-        String[] killLogs = SimulatedDevice.takeLogs();
-        SimulatedDevice.takeCalls();
+        List<LogLine> killLogs = SimulatedDevice.takeLogLines();
+        SimulatedDevice.takeCallRecords();
         List<StepRecord> down = probe();
-        String[] downLogs = down.stream().flatMap(r -> Arrays.stream(r.logs)).toArray(String[]::new);
 
         long reviveStart = System.nanoTime();
-        String[] restartLogs = new String[0];
+        List<LogLine> restartLogs = List.of();
         if (fault == Fault.crash && !neverRestarts()) {
             // The restart was held until the probes had seen the service down: it lands now, after
             // the restart delay counted from the crash, as the platform would restart it.
@@ -80,20 +78,20 @@ final class Drill {
                 return null;
             });
         } else if (fault == Fault.crash) {
-            restartLogs = SimulatedDevice.takeLogs();
+            restartLogs = SimulatedDevice.takeLogLines();
         }
-        SimulatedDevice.revive(service.name());
+        SimulatedDevice.revive(service);
         SimulatedDevice.waitIdle();
         SimulatedDevice.setRestartDelay(device.restartDelay != null ? device.restartDelay
                 : DeviceOptions.DEFAULT_RESTART_MS);
-        String[] reviveLogs = SimulatedDevice.takeLogs();
+        List<LogLine> reviveLogs = SimulatedDevice.takeLogLines();
         double reviveSeconds = seconds(reviveStart);
-        SimulatedDevice.takeCalls();
+        SimulatedDevice.takeCallRecords();
         List<StepRecord> after = probe();
-        Phases phases = new Phases(before, down, after, killLogs, downLogs, restartLogs, reviveLogs, faultSeconds,
+        Phases phases = new Phases(before, down, after, killLogs, restartLogs, reviveLogs, faultSeconds,
                 reviveSeconds);
         report.killLogs = killLogs;
-        report.downLogs = downLogs;
+        report.downLogs = down.stream().flatMap(r -> r.logs.stream()).toList();
         report.reviveLogs = concat(restartLogs, reviveLogs);
         report.checks.addAll(judge(service, probes, phases, fault == Fault.crash && neverRestarts()));
     }
@@ -105,18 +103,18 @@ final class Drill {
      */
     private void crash(List<StepRecord> before) {
         for (int i = 0; i < probes.size(); i++) {
-            String[] calls = before.get(i).calls;
-            if (probes.get(i).service() != service || calls.length == 0) {
+            List<Call> calls = before.get(i).calls;
+            if (calls.isEmpty() || !calls.get(0).service().equals(service)) {
                 continue;
             }
-            String operation = calls[0].substring(service.name().length() + 1, calls[0].indexOf('('));
-            String error = SimulatedDevice.program(service.name(), operation, "crash");
+            String operation = calls.get(0).operation();
+            String error = SimulatedDevice.program(service, operation, Fault.crash.name());
             if (error != null) {
                 throw new Console.Failure("the device cannot crash " + service + "." + operation + ": " + error);
             }
             SimulatedDevice.setRestartDelay(-1);
             try {
-                Natives.invoke(probes.get(i).step().resolve(), probes.get(i).step().args);
+                Natives.invoke(probes.get(i).resolve(), probes.get(i).args);
             } catch (Throwable t) {
                 throw new Console.Failure("the crashing call of " + service + "." + operation + " threw " + t);
             }
@@ -128,31 +126,33 @@ final class Drill {
     }
 
     /** The checks of a drill, from what its probes answered and what was logged. */
-    static List<DrillCheck> judge(Service service, List<Probe> probes, Phases p, boolean staysDown) {
+    static List<DrillCheck> judge(String service, List<Step> probes, Phases p, boolean staysDown) {
         List<DrillCheck> checks = new ArrayList<>();
         int killedHealthy = 0;
         int othersHealthy = 0;
         int downCalls = 0;
         for (int i = 0; i < probes.size(); i++) {
-            Probe probe = probes.get(i);
+            Step probe = probes.get(i);
             StepRecord b = p.before().get(i);
             StepRecord d = p.down().get(i);
             StepRecord a = p.after().get(i);
-            downCalls += d.calls.length;
+            // The service a probe reaches is the one it called while healthy.
+            String reached = b.calls.isEmpty() ? "(none reached)" : b.calls.get(0).service();
+            downCalls += d.calls.size();
             String why;
             Status status;
             if (!b.passed) {
                 why = "failing before the kill";
                 status = Status.SKIPPED;
             } else {
-                killedHealthy += probe.service() == service ? 1 : 0;
-                othersHealthy += probe.service() == service ? 0 : 1;
-                boolean released = d.thrown == null && probe.step().isFailureValue(d.result);
+                killedHealthy += reached.equals(service) ? 1 : 0;
+                othersHealthy += reached.equals(service) ? 0 : 1;
+                boolean released = d.thrown == null && probe.isFailureValue(d.result);
                 boolean restored = a.passed && b.shown().equals(a.shown());
                 why = released && restored ? "ok" : !released ? "answered while down" : "not restored";
                 status = released && restored ? Status.OK : Status.FAIL;
             }
-            checks.add(new DrillCheck(probe.service() + ": " + b.method + "(" + b.shownArguments(", ") + ")", status,
+            checks.add(new DrillCheck(reached + ": " + b.method + "(" + b.shownArguments(", ") + ")", status,
                     why, List.of("before: " + b.shown(), "while down: " + d.shown(), "after revive: " + a.shown()),
                     RunReport.ms(b.seconds + d.seconds + a.seconds)));
         }
@@ -176,20 +176,20 @@ final class Drill {
 
     private List<StepRecord> probe() {
         List<StepRecord> records = new ArrayList<>();
-        for (Probe p : probes) {
-            records.add(StepRecord.invoke(p.step().resolve(), p.step().args).judge(p.step()));
+        for (Step p : probes) {
+            records.add(StepRecord.invoke(p.resolve(), p.args).judge(p));
         }
         return records;
     }
 
-    private static boolean contains(String[] lines, String text) {
-        return Arrays.stream(lines).anyMatch(line -> line.contains(text));
+    private static boolean contains(List<LogLine> lines, String text) {
+        return lines.stream().anyMatch(line -> line.text().contains(text));
     }
 
-    private static String[] concat(String[] a, String[] b) {
-        List<String> all = new ArrayList<>(List.of(a));
-        all.addAll(List.of(b));
-        return all.toArray(new String[0]);
+    private static List<LogLine> concat(List<LogLine> a, List<LogLine> b) {
+        List<LogLine> all = new ArrayList<>(a);
+        all.addAll(b);
+        return all;
     }
 
     private static double seconds(long since) {

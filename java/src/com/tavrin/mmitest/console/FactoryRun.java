@@ -1,7 +1,8 @@
 package com.tavrin.mmitest.console;
 
-import com.tavrin.mmitest.console.DeviceOptions.Service;
 import com.tavrin.mmitest.console.FactorySequence.Step;
+import com.tavrin.mmitest.sim.LogLine;
+import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.io.PrintWriter;
 import java.nio.file.Path;
@@ -57,9 +58,10 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = {"-x", "--exitfirst"}, description = "Stop at the first failing step; the drill does not run.")
     boolean exitFirst;
 
-    @Option(names = "--drill", paramLabel = "SERVICE", defaultValue = "power",
+    @Option(names = "--drill", paramLabel = "SERVICE", defaultValue = "power", converter = DeviceOptions.ServiceName.class,
+            completionCandidates = DeviceOptions.ServiceNames.class,
             description = "The service the drill kills (default: ${DEFAULT-VALUE}).")
-    Service drillService;
+    String drillService;
 
     @Option(names = "--no-drill", description = "Skip the service-death drill.")
     boolean noDrill;
@@ -140,7 +142,7 @@ final class FactoryRun implements Callable<Integer> {
         report.options.addAll(setup());
         report.selected.addAll(chosen.stream().map(i -> i + 1).toList());
         report.repeat = repeat;
-        report.drillService = noDrill ? null : drillService.name();
+        report.drillService = noDrill ? null : drillService;
         report.drillFault = drillFault.name();
         report.loadLogs = Natives.startDevice(device, err, "mmi run: ");
         if (!quiet) {
@@ -283,26 +285,16 @@ final class FactoryRun implements Callable<Integer> {
         return options;
     }
 
-    private static final Pattern CONNECTED = Pattern.compile("g_kx(\\w+) linkToDeath");
-
-    /** One line, unless verbose: how many services the library holds a handle to. */
-    private void printLoad(String[] logs) {
+    /** One line, unless verbose: how many services the library holds a link to. */
+    private void printLoad(List<LogLine> logs) {
         if (verbose) {
             out.println("Library loaded; it wrote:");
-            for (String line : logs) {
-                Table.line(out, terminal, true, "  log: " + line);
-            }
+            logs.forEach(line -> Table.line(out, terminal, true, "  log: " + line));
             out.println();
             return;
         }
         List<String> missing = new ArrayList<>(DeviceOptions.serviceNames());
-        for (String line : logs) {
-            Matcher m = CONNECTED.matcher(line);
-            if (m.find()) {
-                String handle = m.group(1).toLowerCase(Locale.ROOT);
-                missing.remove(handle.equals("factoryinterface") ? "factory" : handle);
-            }
-        }
+        missing.removeAll(SimulatedDevice.linkedServices());
         int all = DeviceOptions.serviceNames().size();
         out.println("library loaded: " + (all - missing.size()) + " of " + all + " services connected"
                 + (missing.isEmpty() ? "" : " (" + String.join(", ", missing) + " missing)"));
@@ -398,15 +390,11 @@ final class FactoryRun implements Callable<Integer> {
                     + " runs failed" : ""));
         }
         if (step.showCalls || verbose) {
-            for (String call : r.calls) {
-                table.note("service received: " + call);
-            }
+            r.calls.forEach(call -> table.note("service received: " + call));
         }
         r.fields.forEach((name, value) -> table.note("MmiNativeManager." + name + " = " + Values.format(value)));
         if (!r.passed || verbose) {
-            for (String line : r.logs) {
-                table.note("log: " + line);
-            }
+            r.logs.forEach(line -> table.note("log: " + line));
         }
     }
 
@@ -457,10 +445,8 @@ final class FactoryRun implements Callable<Integer> {
         return labelled.substring(labelled.indexOf(": ") + 2);
     }
 
-    private void printLogs(String when, String[] lines) {
+    private void printLogs(String when, List<LogLine> lines) {
         out.println("Log " + when + ":");
-        for (String line : lines) {
-            Table.line(out, terminal, verbose, "  log: " + line);
-        }
+        lines.forEach(line -> Table.line(out, terminal, verbose, "  log: " + line));
     }
 }

@@ -1,6 +1,6 @@
 package com.tavrin.mmitest.console;
 
-import com.tavrin.mmitest.console.DeviceOptions.Service;
+import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.model.BigDataOperation;
 import com.tavrin.mmitest.model.BigDataValue;
 
@@ -82,11 +82,10 @@ final class FactorySequence {
             return this;
         }
 
-        /** Whether a log line ("P TEXT") is an error a healthy device would not cause. */
-        boolean unhealthy(String line) {
-            String text = line.substring(Math.min(2, line.length()));
-            return (line.startsWith("E ") || line.startsWith("F "))
-                    && healthyErrors.stream().noneMatch(start -> text.startsWith("KxMMITest_jni: " + start));
+        /** Whether a log line is an error a healthy device would not cause. */
+        boolean unhealthy(LogLine line) {
+            return (line.priority() == 'E' || line.priority() == 'F')
+                    && healthyErrors.stream().noneMatch(start -> line.text().startsWith("KxMMITest_jni: " + start));
         }
 
         Method resolve() {
@@ -188,28 +187,15 @@ final class FactorySequence {
                 step("releaseFactoryHidlResourceNative", CODE));
     }
 
-    /** A step of the sequence that shows whether one service's handle is held. */
-    record Probe(Service service, Step step) {}
-
-    /** One probe per service for the service-death drill, two for power, which the drill kills. */
-    static List<Probe> probes() {
-        Object[][] table = {
-            {Service.power, "getPowerStateNative"},
-            {Service.power, "checkUsbSpeedNative"},
-            {Service.factory, "getBsnNative"},
-            {Service.display, "getScreenFpsConfigNative"},
-            {Service.touchscreen, "getTpPressureStatusNative"},
-            {Service.sensors, "getSensorCalibrateDelayTimeNative"},
-            {Service.light, "setLightBrightnessNative"},
-            {Service.otherdevices, "getTouchKeySupportFlagNative"},
-        };
-        List<Step> steps = steps();
-        List<Probe> probes = new ArrayList<>();
-        for (Object[] row : table) {
-            Step step = steps.stream().filter(s -> s.method.equals(row[1])).findFirst()
-                    .orElseThrow(() -> new IllegalStateException("no step calls " + row[1]));
-            probes.add(new Probe((Service) row[0], step));
-        }
-        return probes;
+    /**
+     * The steps that show whether the library holds its handles, one per service and two for
+     * power, which the drill kills by default; the service each reaches is what it called.
+     */
+    static List<Step> probes() {
+        List<String> methods = List.of("getPowerStateNative", "checkUsbSpeedNative", "getBsnNative",
+                "getScreenFpsConfigNative", "getTpPressureStatusNative", "getSensorCalibrateDelayTimeNative",
+                "setLightBrightnessNative", "getTouchKeySupportFlagNative");
+        return methods.stream().map(m -> steps().stream().filter(s -> s.method.equals(m)).findFirst()
+                .orElseThrow(() -> new IllegalStateException("no step calls " + m))).toList();
     }
 }

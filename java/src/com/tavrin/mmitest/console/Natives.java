@@ -1,6 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import com.tavrin.mmitest.controller.MmiNativeManager;
+import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.io.PrintWriter;
@@ -80,7 +81,7 @@ final class Natives {
      * first what the load waits for when a service starts late. Returns the log lines loading
      * wrote; the calls it made are dropped, as no request made them.
      */
-    static String[] startDevice(DeviceOptions device, PrintWriter err, String prefix) {
+    static List<LogLine> startDevice(DeviceOptions device, PrintWriter err, String prefix) {
         if (device.startNote() != null) {
             err.println(prefix + device.startNote());
         }
@@ -89,8 +90,8 @@ final class Natives {
             SimulatedDevice.start();
             load();
             SimulatedDevice.waitIdle();
-            SimulatedDevice.takeCalls();
-            return SimulatedDevice.takeLogs();
+            SimulatedDevice.takeCallRecords();
+            return SimulatedDevice.takeLogLines();
         });
     }
 

@@ -7,6 +7,7 @@ import com.google.gson.TypeAdapter;
 import com.google.gson.annotations.SerializedName;
 import com.google.gson.stream.JsonReader;
 import com.google.gson.stream.JsonWriter;
+import com.tavrin.mmitest.sim.LogLine;
 
 import java.io.IOException;
 import java.io.OutputStream;
@@ -17,7 +18,6 @@ import java.time.OffsetDateTime;
 import java.time.format.DateTimeFormatter;
 import java.time.temporal.ChronoUnit;
 import java.util.ArrayList;
-import java.util.Arrays;
 import java.util.List;
 import java.util.Locale;
 
@@ -58,12 +58,12 @@ final class RunReport {
     String drillSkipped;
     /** From the start of the command to the end of the drill. */
     double seconds;
-    String[] loadLogs = new String[0];
+    List<LogLine> loadLogs = List.of();
     final List<StepRecord> steps = new ArrayList<>();
     final List<DrillCheck> checks = new ArrayList<>();
-    String[] killLogs = new String[0];
-    String[] downLogs = new String[0];
-    String[] reviveLogs = new String[0];
+    List<LogLine> killLogs = List.of();
+    List<LogLine> downLogs = List.of();
+    List<LogLine> reviveLogs = List.of();
 
     RunReport(String version) {
         this.version = version;
@@ -197,11 +197,10 @@ final class RunReport {
     record DrillJson(String service, String fault, String skipped, int passed, int failed, double durationMs,
             List<DrillCheck> checks, List<Log> killLogs, List<Log> downLogs, List<Log> reviveLogs) {}
 
-    /** A log line "P TEXT" as its priority letter and its text. */
+    /** A log line as its priority letter and its text, the tag in front. */
     record Log(String priority, String text) {
-        static List<Log> of(String[] lines) {
-            return Arrays.stream(lines).map(l -> new Log(l.substring(0, 1), l.length() > 2 ? l.substring(2) : ""))
-                    .toList();
+        static List<Log> of(List<LogLine> lines) {
+            return lines.stream().map(l -> new Log(String.valueOf(l.priority()), l.toString().substring(2))).toList();
         }
     }
 
@@ -375,8 +374,8 @@ final class RunReport {
         }
     }
 
-    private static void addLogs(List<String> text, String when, String[] lines) {
-        for (String line : lines) {
+    private static void addLogs(List<String> text, String when, List<LogLine> lines) {
+        for (LogLine line : lines) {
             text.add("log " + when + ": " + line);
         }
     }

@@ -39,6 +39,7 @@ import java.util.regex.Pattern;
 final class Values {
     private static final TypeAdapter<JsonElement> TREE = new Gson().getAdapter(JsonElement.class);
     private static final Pattern DECIMAL = Pattern.compile("-?[0-9]+");
+    private static final Pattern NUMBER = Pattern.compile("-?[0-9]+(\\.[0-9]+)?([eE][-+]?[0-9]+)?");
 
     private Values() {}
 
@@ -142,13 +143,13 @@ final class Values {
         } catch (ReflectiveOperationException e) {
             throw new IllegalArgumentException("cannot make a " + type.getSimpleName() + " from the command line");
         }
-        int end = Answers.objectEnd(text);
+        int end = objectEnd(text);
         if (end > 0 && !text.substring(end).isBlank()) {
             int at = end + (text.length() - end - text.substring(end).stripLeading().length());
             throw new IllegalArgumentException("unexpected text after the record at column " + (at + 1) + " of " + text
                     + " (the record ends at its closing })");
         }
-        JsonElement e = json(Answers.quoteBareMembers(text), false);
+        JsonElement e = json(quoteBareMembers(text), false);
         if (!e.isJsonObject()) {
             throw new IllegalArgumentException("not a JSON object: " + text);
         }
@@ -331,5 +332,114 @@ final class Values {
                 write(s.charAt(i));
             }
         }
+    }
+
+    /**
+     * A model object as typed on a command line, with its bare keys and bare text values quoted:
+     * {@code {mBsn:X, mTime: 10:11}} becomes {@code {"mBsn":"X","mTime":"10:11"}}. Anything else
+     * is left as it is for the JSON reader to judge.
+     */
+    static String quoteBareMembers(String text) {
+        String t = text.strip();
+        if (!t.startsWith("{")) {
+            return text;
+        }
+        boolean closed = t.length() > 1 && t.endsWith("}");
+        String inner = t.substring(1, closed ? t.length() - 1 : t.length());
+        if (inner.isBlank()) {
+            return text;
+        }
+        List<String> members = new ArrayList<>();
+        for (String member : fields(inner)) {
+            int colon = colon(member);
+            if (colon < 0) {
+                members.add(member);
+                continue;
+            }
+            String key = member.substring(0, colon).strip();
+            String value = member.substring(colon + 1).strip();
+            members.add((key.startsWith("\"") ? key : quote(key)) + ":"
+                    + (needsQuotes(value) ? quote(value) : value));
+        }
+        return "{" + String.join(",", members) + (closed ? "}" : "");
+    }
+
+    /** Whether a field can only have been meant as text: no JSON literal, number, string or array. */
+    private static boolean needsQuotes(String field) {
+        return !field.isEmpty() && !field.startsWith("\"") && !field.startsWith("[")
+                && !field.startsWith("bytes:")  // a text given as its bytes in hexadecimal
+                && !field.equals("true") && !field.equals("false") && !field.equals("null")
+                && !NUMBER.matcher(field).matches();
+    }
+
+    /** The first colon outside quotes, -1 if none. */
+    private static int colon(String member) {
+        boolean quoted = false;
+        for (int i = 0; i < member.length(); i++) {
+            char c = member.charAt(i);
+            if (quoted && c == '\\') {
+                i++;
+            } else if (c == '"') {
+                quoted = !quoted;
+            } else if (c == ':' && !quoted) {
+                return i;
+            }
+        }
+        return -1;
+    }
+
+    /** Where the object the text begins with ends (past its closing brace); -1 when it does not. */
+    static int objectEnd(String text) {
+        int start = text.length() - text.stripLeading().length();
+        if (start >= text.length() || text.charAt(start) != '{') {
+            return -1;
+        }
+        int depth = 0;
+        for (int i = start; i < text.length(); i++) {
+            char c = text.charAt(i);
+            if (c == '"') {
+                i = closingQuote(text, i);
+            } else if (c == '{' || c == '[') {
+                depth++;
+            } else if ((c == '}' || c == ']') && --depth == 0) {
+                return i + 1;
+            }
+        }
+        return -1;
+    }
+
+    /** The closing quote of the JSON string opened at open; the text's length when it never closes. */
+    private static int closingQuote(String text, int open) {
+        for (int i = open + 1; i < text.length(); i++) {
+            char c = text.charAt(i);
+            if (c == '\\') {
+                i++;
+            } else if (c == '"') {
+                return i;
+            }
+        }
+        return text.length();
+    }
+
+    /** Splits at the commas that are outside quotes and brackets. */
+    static List<String> fields(String answer) {
+        List<String> fields = new ArrayList<>();
+        int depth = 0;
+        int start = 0;
+        for (int i = 0; i < answer.length(); i++) {
+            char c = answer.charAt(i);
+            if (c == '"') {
+                i = closingQuote(answer, i);
+            } else if (c == '[') {
+                depth++;
+            } else if (c == ']') {
+                depth--;
+            } else if (c == ',' && depth == 0) {
+                fields.add(answer.substring(start, i));
+                start = i + 1;
+            }
+        }
+        fields.add(answer.substring(start));
+        return fields;
     }
 }

@@ -262,7 +262,10 @@ class ConsoleEndToEndTest {
         "--restart-delay abc | --restart-delay takes milliseconds 0 to 60000 or never, got abc",
         "--start-delay power=60001 | --start-delay takes milliseconds 0 to 60000, got 60001",
         "--list -x | --list runs nothing, so --exitfirst has no effect",
-        "--list --json r.json | --list runs nothing, so --json r.json has no effect"})
+        "--list --json r.json | --list runs nothing, so --json r.json has no effect",
+        "--only-1.0 power | power has no version 1.1 to withhold (--only-1.0 takes factory, display, sensors)",
+        "--drill powr | --drill: unknown service 'powr' (did you mean power?)",
+        "--absent powr | --absent: unknown service 'powr' (did you mean power?)"})
     void badLinesAreRefusedBeforeAnythingRuns(String options, String reason) throws Exception {
         Files.writeString(dir.resolve("capture.txt"), "1000\n");
         List<String> args = new ArrayList<>(List.of("run"));

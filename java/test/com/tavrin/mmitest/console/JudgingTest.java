@@ -2,9 +2,8 @@ package com.tavrin.mmitest.console;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 
-import com.tavrin.mmitest.console.DeviceOptions.Service;
-import com.tavrin.mmitest.console.FactorySequence.Probe;
 import com.tavrin.mmitest.console.FactorySequence.Step;
+import com.tavrin.mmitest.sim.Call;
 
 import java.util.ArrayList;
 import java.util.List;
@@ -21,8 +20,8 @@ class JudgingTest {
     private static StepRecord answered(Step step, Object result, String... logs) {
         StepRecord r = new StepRecord(step.method, step.args);
         r.result = result;
-        r.logs = logs;
-        r.calls = new String[0];
+        r.logs = JunitCheck.logs(logs);
+        r.calls = List.of(new Call("power", "getPowerState", 1, List.of("battery")));
         return r;
     }
 
@@ -64,19 +63,19 @@ class JudgingTest {
         "no new registration | OK OK OK OK FAIL"})
     void drillVerdicts(String bent, String verdicts) {
         Step step = step("getPowerStateNative");
-        List<Probe> probes = List.of(new Probe(Service.power, step));
+        List<Step> probes = List.of(step);
         StepRecord before = answered(step, bent.equals("failing before") ? "" : "capacity=85").judge(step);
         StepRecord down = answered(step, bent.equals("answered while down") ? "capacity=85" : "").judge(step);
-        if (bent.equals("called while down")) {
-            down.calls = new String[] {"power.getPowerState(\"battery\")"};
+        if (!bent.equals("called while down")) {
+            down.calls = List.of();
         }
         StepRecord after = answered(step, bent.equals("not restored") ? "" : "capacity=85").judge(step);
-        String[] kill = {bent.equals("death not logged") ? "D nothing" : "W KxMMITest_jni: ProcessServiceDied power"};
-        String[] revive = {bent.equals("no new registration") ? "D nothing" : "I KxMMITest_jni: ReinitHal power"};
-        Drill.Phases phases = new Drill.Phases(List.of(before), List.of(down), List.of(after), kill, new String[0],
-                new String[0], revive, 0, 0);
+        Drill.Phases phases = new Drill.Phases(List.of(before), List.of(down), List.of(after),
+                JunitCheck.logs(bent.equals("death not logged") ? "D nothing" : "W KxMMITest_jni: ProcessServiceDied"),
+                List.of(), JunitCheck.logs(bent.equals("no new registration") ? "D nothing" : "W KxMMITest_jni: ReinitHal"),
+                0, 0);
         List<String> got = new ArrayList<>();
-        Drill.judge(Service.power, probes, phases, false).forEach(c -> got.add(c.status().name()));
+        Drill.judge("power", probes, phases, false).forEach(c -> got.add(c.status().name()));
         assertEquals(List.of(verdicts.split(" ")), got);
     }
 }

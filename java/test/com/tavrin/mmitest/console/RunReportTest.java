@@ -5,6 +5,7 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.google.gson.JsonElement;
 import com.google.gson.JsonParser;
+import com.tavrin.mmitest.sim.Call;
 
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -35,8 +36,8 @@ class RunReportTest {
         r.result = result;
         r.expected = "text";
         r.passed = passed;
-        r.logs = logs;
-        r.calls = new String[] {"power.getPowerState(\"battery\")"};
+        r.logs = JunitCheck.logs(logs);
+        r.calls = List.of(new Call("power", "getPowerState", 1, List.of("battery")));
         return r;
     }
 
@@ -62,7 +63,7 @@ class RunReportTest {
         report.checks.add(new RunReport.DrillCheck("display: b()", RunReport.Status.SKIPPED, "failing before the kill",
                 List.of(), 0));
         report.checks.add(RunReport.DrillCheck.line(true, "the death is reported", "the death is reported", 0.002));
-        report.killLogs = new String[] {"W died"};
+        report.killLogs = JunitCheck.logs("W died");
         fine.seconds = 0.000250;
         assertEquals(null, OutputFiles.write(dir.resolve("r.xml"), report::writeJunit));
         assertEquals(null, OutputFiles.write(dir.resolve("r.json"), report::writeJson));
