@@ -1,16 +1,12 @@
 package com.tavrin.mmitest.console;
 
-import java.io.IOException;
 import java.io.PrintWriter;
-import java.io.StringWriter;
-import java.io.UncheckedIOException;
 import java.lang.reflect.Method;
 import java.util.ArrayList;
 import java.util.Iterator;
 import java.util.List;
 import java.util.concurrent.Callable;
 
-import com.google.gson.stream.JsonWriter;
 import com.tavrin.mmitest.sim.Catalogue;
 import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
@@ -172,12 +168,6 @@ final class CallCommand implements Callable<Integer> {
     }
 
     static String json(StepRecord r) {
-        StringWriter text = new StringWriter();
-        try (JsonWriter w = Values.jsonWriter(text)) {
-            r.writeJson(w);
-        } catch (IOException e) {
-            throw new UncheckedIOException(e);
-        }
-        return text.toString();
+        return Values.json(r);
     }
 }

@@ -73,6 +73,9 @@ final class Drill {
             // the restart delay counted from the crash, as the platform would restart it.
             long restartMs = device.restartDelay != null ? device.restartDelay : DeviceOptions.DEFAULT_RESTART_MS;
             long left = restartMs - (System.nanoTime() - faultStart) / 1_000_000;
+            if (left > 2000) {
+                err.println("mmi run: waiting for " + service + " to restart (--restart-delay " + restartMs + " ms)");
+            }
             Console.await(err, "mmi run: ", service + " to restart", left, () -> {
                 Thread.sleep(Math.max(0, left));
                 return null;

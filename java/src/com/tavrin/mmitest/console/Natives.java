@@ -118,18 +118,7 @@ final class Natives {
 
     /** What m answers when it cannot reach its service, when it has no text of its own for that. */
     static Object failureValue(Class<?> type) {
-        if (type == int.class) {
-            return -1;
-        }
-        if (type == long.class) {
-            return -1L;
-        }
-        if (type == boolean.class) {
-            return false;
-        }
-        if (type == String.class) {
-            return "";
-        }
-        return null;
+        return type == int.class ? (Object) (-1) : type == long.class ? (Object) (-1L) : type == boolean.class
+                ? (Object) false : type == String.class ? "" : null;
     }
 }

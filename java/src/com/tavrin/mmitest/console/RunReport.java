@@ -2,17 +2,11 @@ package com.tavrin.mmitest.console;
 
 import com.google.gson.FieldNamingPolicy;
 import com.google.gson.Gson;
-import com.google.gson.GsonBuilder;
-import com.google.gson.TypeAdapter;
 import com.google.gson.annotations.SerializedName;
-import com.google.gson.stream.JsonReader;
-import com.google.gson.stream.JsonWriter;
 import com.tavrin.mmitest.sim.LogLine;
 
 import java.io.IOException;
 import java.io.OutputStream;
-import java.io.OutputStreamWriter;
-import java.io.Writer;
 import java.nio.charset.StandardCharsets;
 import java.time.OffsetDateTime;
 import java.time.format.DateTimeFormatter;
@@ -204,19 +198,8 @@ final class RunReport {
         }
     }
 
-    private static final Gson GSON = new GsonBuilder().serializeNulls().disableHtmlEscaping()
-            .setFieldNamingPolicy(FieldNamingPolicy.LOWER_CASE_WITH_UNDERSCORES)
-            .registerTypeAdapter(StepRecord.class, new TypeAdapter<StepRecord>() {
-                @Override
-                public void write(JsonWriter out, StepRecord step) throws IOException {
-                    step.writeJson(out);
-                }
-
-                @Override
-                public StepRecord read(JsonReader in) {
-                    throw new UnsupportedOperationException("results are written, not read");
-                }
-            }).create();
+    private static final Gson GSON = Values.GSON.newBuilder().setPrettyPrinting()
+            .setFieldNamingPolicy(FieldNamingPolicy.LOWER_CASE_WITH_UNDERSCORES).create();
 
     Json json() {
         DrillJson drill = drillService == null ? null : new DrillJson(drillService, drillFault, drillSkipped, passedChecks(),
@@ -229,13 +212,7 @@ final class RunReport {
     }
 
     void writeJson(OutputStream bytes) throws IOException {
-        Writer text = new OutputStreamWriter(bytes, StandardCharsets.UTF_8);
-        JsonWriter out = Values.jsonWriter(text);
-        out.setIndent("  ");
-        GSON.toJson(json(), Json.class, out);
-        out.flush();
-        text.write("\n");
-        text.flush();
+        bytes.write((Values.ascii(GSON.toJson(json())) + "\n").getBytes(StandardCharsets.US_ASCII));
     }
 
     void writeJunit(OutputStream bytes) throws XMLStreamException {

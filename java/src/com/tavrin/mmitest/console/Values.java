@@ -9,12 +9,8 @@ import com.google.gson.stream.JsonReader;
 import com.google.gson.stream.JsonToken;
 import com.google.gson.stream.JsonWriter;
 
-import java.io.FilterWriter;
 import java.io.IOException;
 import java.io.StringReader;
-import java.io.StringWriter;
-import java.io.UncheckedIOException;
-import java.io.Writer;
 import java.lang.reflect.Field;
 import java.lang.reflect.Modifier;
 import java.util.ArrayList;
@@ -253,15 +249,16 @@ final class Values {
         return json(value);
     }
 
-    /** One line of ASCII JSON. */
+    /** One line of JSON, in ASCII: anything else as \\uXXXX, so it survives any terminal and reads back. */
     static String json(Object value) {
-        StringWriter text = new StringWriter();
-        try (JsonWriter out = jsonWriter(text)) {
-            write(out, value);
-        } catch (IOException e) {
-            throw new UncheckedIOException(e);
-        }
-        return text.toString();
+        return ascii(GSON.toJson(value));
+    }
+
+    /** JSON text with every character above 0x7e escaped; JSON has such characters only inside strings. */
+    static String ascii(String json) {
+        StringBuilder out = new StringBuilder(json.length());
+        json.chars().forEach(c -> out.append(c > 0x7e ? String.format("\\u%04x", c) : String.valueOf((char) c)));
+        return out.toString();
     }
 
     static String quote(String s) {
@@ -278,60 +275,34 @@ final class Values {
 
     /** Values as JSON: a byte[] as its command-line text, so that it reads back; a model object by its fields. */
     static final Gson GSON = new GsonBuilder().serializeNulls().disableHtmlEscaping()
-            .registerTypeAdapter(byte[].class, new TypeAdapter<byte[]>() {
-                @Override
-                public void write(JsonWriter out, byte[] bytes) throws IOException {
-                    out.value(bytes == null ? null : hex(bytes));
-                }
+            .registerTypeAdapter(byte[].class, Values.<byte[]>writer((out, bytes) -> out.value(hex(bytes))))
+            .registerTypeAdapter(StepRecord.class, Values.<StepRecord>writer((out, step) -> step.writeJson(out))).create();
 
-                @Override
-                public byte[] read(JsonReader in) {
-                    throw new UnsupportedOperationException("byte[] is read from its command-line text");
+    interface Write<T> {
+        void write(JsonWriter out, T value) throws IOException;
+    }
+
+    /** A type adapter for values that are written, never read. */
+    static <T> TypeAdapter<T> writer(Write<T> write) {
+        return new TypeAdapter<T>() {
+            @Override
+            public void write(JsonWriter out, T value) throws IOException {
+                if (value == null) {
+                    out.nullValue();
+                } else {
+                    write.write(out, value);
                 }
-            }).create();
+            }
+
+            @Override
+            public T read(JsonReader in) {
+                throw new UnsupportedOperationException("written, not read");
+            }
+        };
+    }
 
     static void write(JsonWriter out, Object value) {
         GSON.toJson(value, value == null ? Object.class : value.getClass(), out);
-    }
-
-    /** A JSON writer whose output is ASCII whatever the texts hold. */
-    static JsonWriter jsonWriter(Writer out) {
-        JsonWriter w = new JsonWriter(new AsciiWriter(out));
-        w.setSerializeNulls(true);
-        return w;
-    }
-
-    /**
-     * Escapes every character above 0x7e as \\uXXXX. The JSON writer only ever emits such
-     * characters inside strings, where the escape means the same character.
-     */
-    private static final class AsciiWriter extends FilterWriter {
-        AsciiWriter(Writer out) {
-            super(out);
-        }
-
-        @Override
-        public void write(int c) throws IOException {
-            if (c > 0x7e) {
-                out.write(String.format("\\u%04x", c));
-            } else {
-                out.write(c);
-            }
-        }
-
-        @Override
-        public void write(char[] chars, int offset, int length) throws IOException {
-            for (int i = offset; i < offset + length; i++) {
-                write(chars[i]);
-            }
-        }
-
-        @Override
-        public void write(String s, int offset, int length) throws IOException {
-            for (int i = offset; i < offset + length; i++) {
-                write(s.charAt(i));
-            }
-        }
     }
 
     /**
