@@ -1,6 +1,8 @@
 package com.tavrin.mmitest.console;
 
+import com.tavrin.mmitest.console.FactorySequence.Probe;
 import com.tavrin.mmitest.console.FactorySequence.Step;
+import com.tavrin.mmitest.sim.Catalogue;
 import com.tavrin.mmitest.console.RunReport.DrillCheck;
 import com.tavrin.mmitest.console.RunReport.Status;
 import com.tavrin.mmitest.sim.Call;
@@ -27,12 +29,19 @@ final class Drill {
     private final String service;
     private final Fault fault;
     private final DeviceOptions device;
-    private final List<Step> probes = FactorySequence.probes();
+    private final List<Step> probes;
+    /** The service each probe reaches, by the device's catalogue. */
+    private final List<String> reached;
 
     Drill(String service, Fault fault, DeviceOptions device) {
         this.service = service;
         this.fault = fault;
         this.device = device;
+        Catalogue catalogue = SimulatedDevice.catalogue();
+        List<Probe> all = FactorySequence.probes();
+        probes = all.stream().map(Probe::step).toList();
+        reached = all.stream().map(p -> catalogue.services().stream().filter(s -> s.operation(p.operation())
+                .isPresent()).findFirst().orElseThrow().name()).toList();
     }
 
     boolean neverRestarts() {
@@ -96,7 +105,7 @@ final class Drill {
         report.killLogs = killLogs;
         report.downLogs = down.stream().flatMap(r -> r.logs.stream()).toList();
         report.reviveLogs = concat(restartLogs, reviveLogs);
-        report.checks.addAll(judge(service, probes, phases, fault == Fault.crash && neverRestarts()));
+        report.checks.addAll(judge(service, probes, reached, phases, fault == Fault.crash && neverRestarts()));
     }
 
     /**
@@ -107,7 +116,7 @@ final class Drill {
     private void crash(List<StepRecord> before) {
         for (int i = 0; i < probes.size(); i++) {
             List<Call> calls = before.get(i).calls;
-            if (calls.isEmpty() || !calls.get(0).service().equals(service)) {
+            if (calls.isEmpty() || !reached.get(i).equals(service)) {
                 continue;
             }
             String operation = calls.get(0).operation();
@@ -129,7 +138,8 @@ final class Drill {
     }
 
     /** The checks of a drill, from what its probes answered and what was logged. */
-    static List<DrillCheck> judge(String service, List<Step> probes, Phases p, boolean staysDown) {
+    static List<DrillCheck> judge(String service, List<Step> probes, List<String> services, Phases p,
+            boolean staysDown) {
         List<DrillCheck> checks = new ArrayList<>();
         int killedHealthy = 0;
         int othersHealthy = 0;
@@ -139,8 +149,7 @@ final class Drill {
             StepRecord b = p.before().get(i);
             StepRecord d = p.down().get(i);
             StepRecord a = p.after().get(i);
-            // The service a probe reaches is the one it called while healthy.
-            String reached = b.calls.isEmpty() ? "(none reached)" : b.calls.get(0).service();
+            String reached = services.get(i);
             downCalls += d.calls.size();
             String why;
             Status status;

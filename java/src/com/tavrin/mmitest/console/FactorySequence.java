@@ -5,7 +5,6 @@ import com.tavrin.mmitest.model.BigDataOperation;
 import com.tavrin.mmitest.model.BigDataValue;
 
 import java.lang.reflect.Method;
-import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
 import java.util.Objects;
@@ -187,15 +186,22 @@ final class FactorySequence {
                 step("releaseFactoryHidlResourceNative", CODE));
     }
 
+    /** A step that shows whether the library holds its handle of one service, and the operation it calls there. */
+    record Probe(Step step, String operation) {}
+
     /**
-     * The steps that show whether the library holds its handles, one per service and two for
-     * power, which the drill kills by default; the service each reaches is what it called.
+     * One probe per service, two for power, which the drill kills by default. The operation a
+     * probe calls is the library's to know; the device's catalogue tells whose operation it is.
      */
-    static List<Step> probes() {
-        List<String> methods = List.of("getPowerStateNative", "checkUsbSpeedNative", "getBsnNative",
-                "getScreenFpsConfigNative", "getTpPressureStatusNative", "getSensorCalibrateDelayTimeNative",
-                "setLightBrightnessNative", "getTouchKeySupportFlagNative");
-        return methods.stream().map(m -> steps().stream().filter(s -> s.method.equals(m)).findFirst()
-                .orElseThrow(() -> new IllegalStateException("no step calls " + m))).toList();
+    static List<Probe> probes() {
+        String[][] table = {
+            {"getPowerStateNative", "getPowerState"}, {"checkUsbSpeedNative", "checkUsbSpeed"},
+            {"getBsnNative", "getFactoryInfo"}, {"getScreenFpsConfigNative", "getDisplayFpsConfig"},
+            {"getTpPressureStatusNative", "getTpPressureStatus"},
+            {"getSensorCalibrateDelayTimeNative", "getSensorCalibrateDelayTime"},
+            {"setLightBrightnessNative", "setLightBrightness"},
+            {"getTouchKeySupportFlagNative", "getTouchKeySupportState"}};
+        return Arrays.stream(table).map(row -> new Probe(steps().stream().filter(s -> s.method.equals(row[0]))
+                .findFirst().orElseThrow(() -> new IllegalStateException("no step calls " + row[0])), row[1])).toList();
     }
 }

@@ -75,7 +75,7 @@ class JudgingTest {
                 List.of(), JunitCheck.logs(bent.equals("no new registration") ? "D nothing" : "W KxMMITest_jni: ReinitHal"),
                 0, 0);
         List<String> got = new ArrayList<>();
-        Drill.judge("power", probes, phases, false).forEach(c -> got.add(c.status().name()));
+        Drill.judge("power", probes, List.of("power"), phases, false).forEach(c -> got.add(c.status().name()));
         assertEquals(List.of(verdicts.split(" ")), got);
     }
 }
