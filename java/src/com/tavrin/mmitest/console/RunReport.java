@@ -194,7 +194,8 @@ final class RunReport {
     /** A log line as its priority letter and its text, the tag in front. */
     record Log(String priority, String text) {
         static List<Log> of(List<LogLine> lines) {
-            return lines.stream().map(l -> new Log(String.valueOf(l.priority()), l.toString().substring(2))).toList();
+            return lines.stream().map(l -> new Log(String.valueOf(l.priority()),
+                    (l.tag().isEmpty() ? "" : l.tag() + ": ") + l.text())).toList();
         }
     }
 
