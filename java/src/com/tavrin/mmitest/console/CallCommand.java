@@ -142,12 +142,16 @@ final class CallCommand implements Callable<Integer> {
 
     /** Waits for a service that crashed in the call to register again; the log lines its return brought. */
     private List<LogLine> awaitRestart(PrintWriter err) {
+        List<String> pending = SimulatedDevice.pendingRegistrations();
         long delay = device.restartDelay != null ? device.restartDelay : DeviceOptions.DEFAULT_RESTART_MS;
-        if (device.crashes() && delay > 2000) {
-            err.println("mmi call: waiting for the crashed service to restart (--restart-delay " + delay + " ms)");
+        String what = String.join(", ", pending) + " to restart";
+        if (!pending.isEmpty() && delay > 2000) {
+            err.println("mmi call: waiting for " + what + " (--restart-delay " + delay + " ms)");
         }
-        return Console.await(err, "mmi call: ", "the crashed service to restart", delay, () -> {
-            SimulatedDevice.waitRestarts();
+        return Console.await(err, "mmi call: ", what, delay, () -> {
+            if (!SimulatedDevice.waitRestarts(delay + SimulatedDevice.DEFAULT_WAIT_MS)) {
+                throw new Console.Failure("gave up waiting for " + SimulatedDevice.waitingFor());
+            }
             return SimulatedDevice.takeLogLines();
         });
     }

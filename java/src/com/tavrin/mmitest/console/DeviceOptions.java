@@ -124,11 +124,6 @@ final class DeviceOptions {
         }
     }
 
-    /** Whether an answer makes its service crash, which the console then waits to see restart. */
-    boolean crashes() {
-        return answers.stream().anyMatch(a -> a.text().strip().equals(Drill.Fault.crash.name()));
-    }
-
     static String service(String name) {
         List<String> names = serviceNames();
         if (names.isEmpty() || names.contains(name)) {
