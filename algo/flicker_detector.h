@@ -68,14 +68,19 @@ void PrepareFrequenceDetectAlgo(AlgoContext& ctx, int32_t (&samples)[256], int32
 int32_t DetectFlickerFrequence(int32_t (&samples)[256], int32_t count, int32_t& frequency,
                                float rate);
 
+// The two below serve the host tools, tests and benchmark, which link the detector's objects;
+// hidden so that the library exports only its own interface.
+#define KXMMI_FLICKER_HOST_ONLY __attribute__((visibility("hidden")))
+
 // The winning bin of a transformed state: the strongest of the searched bins, the lowest among
 // equals, or 0 when none is above 0. AnalyseDataWithFft converts this bin into hertz.
-int32_t FlickerPeakBin(const AlgoContext& ctx);
+KXMMI_FLICKER_HOST_ONLY int32_t FlickerPeakBin(const AlgoContext& ctx);
 
 // The detection DetectFlickerFrequence runs, same arguments and results, done in `ctx` itself so
 // that every intermediate (filtered and windowed samples, transform input, bins) stays there for
 // a caller that shows or checks it; FlickerPeakBin(ctx) then gives the winning bin.
-int32_t DetectFlickerSpectrum(int32_t (&samples)[256], int32_t count, int32_t& frequency,
-                              float rate, AlgoContext& ctx);
+KXMMI_FLICKER_HOST_ONLY int32_t DetectFlickerSpectrum(int32_t (&samples)[256], int32_t count,
+                                                      int32_t& frequency, float rate,
+                                                      AlgoContext& ctx);
 
 #endif
