@@ -168,8 +168,9 @@ bool EndsWithSvg(const std::string& name) {
 // Why the detector's number is not a flicker frequency, or "" when it may be one.
 std::string Note(int32_t (&block)[kFlickerBlockLength], const Analysis& a, float rate) {
     char band[64];
-    std::snprintf(band, sizeof(band), "%.1f-%.1f Hz", kFlickerFirstSearchedBin * rate / 1024.0,
-                  kFlickerLastSearchedBin * rate / 1024.0);
+    std::snprintf(band, sizeof(band), "%.1f-%.1f Hz",
+                  kFlickerFirstSearchedBin * rate / static_cast<double>(kFlickerFftLength),
+                  kFlickerLastSearchedBin * rate / static_cast<double>(kFlickerFftLength));
     if (a.bin == 0) {
         return "not a flicker frequency: no bin of the searched band is above zero (an all-zero "
                "or steady capture)";
@@ -214,7 +215,7 @@ Analysis Analyse(const std::vector<int32_t>& samples, float rate) {
 }
 
 void Report(const Input& c, const Analysis& a, const Options& opt, bool several) {
-    const double hz_per_bin = opt.rate / 1024.0;
+    const double hz_per_bin = opt.rate / static_cast<double>(kFlickerFftLength);
     const size_t read = c.capture.count;
     if (opt.json) {
         std::printf(

@@ -143,7 +143,7 @@ bool WriteReplacing(const std::string& path, const std::string& text, std::strin
 std::string SpectrumSvg(const Analysis& a, float rate, const std::string& title) {
     const double W = 1000, H = 520, left = 90, right = 30, top = 60, bottom = 70;
     const double pw = W - left - right, ph = H - top - bottom;
-    const double hz_per_bin = rate / 1024.0;
+    const double hz_per_bin = rate / static_cast<double>(kFlickerFftLength);
     const double max_hz = (kFlickerBins - 1) * hz_per_bin;
 
     double band_max = 0;
