@@ -133,7 +133,7 @@ final class CallCommand implements Callable<Integer> {
         List<LogLine> restart = awaitRestart(err);
         if (json) {
             logs.addAll(restart);
-            out.println(json(r));
+            out.println(Values.json(r));
         } else {
             restart.forEach(line -> out.println(Terminal.printable("log: " + line)));
         }
@@ -163,15 +163,11 @@ final class CallCommand implements Callable<Integer> {
         Catalogue catalogue = SimulatedDevice.catalogue();
         for (String name : services) {
             for (Catalogue.Operation op : catalogue.service(name).orElseThrow().operations()) {
-                Table.wrap(Table.INDENT + name + "." + op.name() + "  " + op.shape(), terminal.width)
+                Table.wrap(Table.INDENT + name + "." + op.name() + "  " + op.shape(), terminal.width())
                         .forEach(out::println);
                 Table.wrap(Table.INDENT + "  keywords: " + String.join(", ", catalogue.keywordsFor(op).stream()
-                        .map(Catalogue.Keyword::word).toList()), terminal.width).forEach(out::println);
+                        .map(Catalogue.Keyword::word).toList()), terminal.width()).forEach(out::println);
             }
         }
-    }
-
-    static String json(StepRecord r) {
-        return Values.json(r);
     }
 }

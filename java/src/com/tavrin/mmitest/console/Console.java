@@ -18,6 +18,7 @@ import java.util.concurrent.CompletionException;
 import java.util.concurrent.ExecutionException;
 import java.util.concurrent.TimeUnit;
 import java.util.concurrent.TimeoutException;
+import java.util.stream.IntStream;
 
 import com.tavrin.mmitest.sim.Catalogue;
 
@@ -205,10 +206,7 @@ public final class Console implements Callable<Integer> {
 
     /** Edits (insert, delete, replace a character) that turn a into b. */
     static int distance(String a, String b) {
-        int[] row = new int[b.length() + 1];
-        for (int j = 0; j <= b.length(); j++) {
-            row[j] = j;
-        }
+        int[] row = IntStream.rangeClosed(0, b.length()).toArray();
         for (int i = 1; i <= a.length(); i++) {
             int diagonal = row[0];
             row[0] = i;

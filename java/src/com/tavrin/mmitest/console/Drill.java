@@ -12,6 +12,7 @@ import com.tavrin.mmitest.sim.SimulatedDevice;
 import java.io.PrintWriter;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.stream.Stream;
 
 /**
  * The service-death drill: one service dies (killed, or crashed in the middle of a call) and comes
@@ -104,7 +105,7 @@ final class Drill {
                 reviveSeconds);
         report.killLogs = killLogs;
         report.downLogs = down.stream().flatMap(r -> r.logs.stream()).toList();
-        report.reviveLogs = concat(restartLogs, reviveLogs);
+        report.reviveLogs = Stream.concat(restartLogs.stream(), reviveLogs.stream()).toList();
         report.checks.addAll(judge(service, probes, reached, phases, fault == Fault.crash && neverRestarts()));
     }
 
@@ -181,27 +182,17 @@ final class Drill {
             checks.add(DrillCheck.line(!contains(p.restartLogs(), "ReinitHal"), "the service stays down",
                     service + " stays down until the drill revives it (--restart-delay never)", down));
         }
-        checks.add(DrillCheck.line(contains(concat(p.restartLogs(), p.reviveLogs()), "ReinitHal"),
+        checks.add(DrillCheck.line(contains(p.restartLogs(), "ReinitHal") || contains(p.reviveLogs(), "ReinitHal"),
                 "the new registration is reported", "the new registration is reported", p.reviveSeconds()));
         return checks;
     }
 
     private List<StepRecord> probe() {
-        List<StepRecord> records = new ArrayList<>();
-        for (Step p : probes) {
-            records.add(StepRecord.invoke(p.resolve(), p.args).judge(p));
-        }
-        return records;
+        return probes.stream().map(p -> StepRecord.invoke(p.resolve(), p.args).judge(p)).toList();
     }
 
     private static boolean contains(List<LogLine> lines, String text) {
         return lines.stream().anyMatch(line -> line.text().contains(text));
-    }
-
-    private static List<LogLine> concat(List<LogLine> a, List<LogLine> b) {
-        List<LogLine> all = new ArrayList<>(a);
-        all.addAll(b);
-        return all;
     }
 
     private static double seconds(long since) {

@@ -7,10 +7,13 @@ import com.tavrin.mmitest.sim.SimulatedDevice;
 import java.io.PrintWriter;
 import java.nio.file.Path;
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.List;
 import java.util.Locale;
+import java.util.Objects;
 import java.util.concurrent.Callable;
 import java.util.regex.Matcher;
+import java.util.stream.IntStream;
 import java.util.regex.Pattern;
 
 import picocli.CommandLine.Command;
@@ -252,20 +255,12 @@ final class FactoryRun implements Callable<Integer> {
             }
         }
         if (chosen.isEmpty()) {
+            List<Integer> numbers = ranges.stream().flatMap(r -> IntStream.rangeClosed(r.first(), r.last()).boxed())
+                    .toList();
             throw new IllegalArgumentException("no step matches -k " + keyword + (ranges.isEmpty() ? ""
-                    : " among --step " + RunReport.ranges(expand(ranges))) + " (--list shows the steps)");
+                    : " among --step " + RunReport.ranges(numbers)) + " (--list shows the steps)");
         }
         return chosen;
-    }
-
-    private static List<Integer> expand(List<Range> ranges) {
-        List<Integer> numbers = new ArrayList<>();
-        ranges.forEach(r -> {
-            for (int n = r.first(); n <= r.last(); n++) {
-                numbers.add(n);
-            }
-        });
-        return numbers;
     }
 
     /** Every option given that shapes the run, as typed, for the results files. */
@@ -347,11 +342,7 @@ final class FactoryRun implements Callable<Integer> {
                         + RunReport.count(ran, "step") + " failed" + (report.stopped ? "; stopped by -x" : ""));
             }
         }
-        for (StepRecord r : records) {
-            if (r != null) {
-                report.steps.add(r);
-            }
-        }
+        Arrays.stream(records).filter(Objects::nonNull).forEach(report.steps::add);
         if (quiet) {
             return;
         }
@@ -365,7 +356,7 @@ final class FactoryRun implements Callable<Integer> {
         long methods = report.steps.stream().map(s -> s.method).distinct().count();
         Table.wrap("sequence: " + (report.steps.size() - failed) + " passed, " + failed + " failed of "
                 + RunReport.count(report.steps.size(), "step") + " over " + RunReport.count((int) methods, "method")
-                + (report.stopped ? "; stopped by -x" : ""), terminal.width).forEach(out::println);
+                + (report.stopped ? "; stopped by -x" : ""), terminal.width()).forEach(out::println);
     }
 
     private Table sequenceTable(List<Step> steps, List<Integer> chosen) {

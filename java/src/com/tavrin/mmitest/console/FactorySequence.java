@@ -19,11 +19,7 @@ final class FactorySequence {
     private FactorySequence() {}
 
     /** What a healthy device answers to a step; the verdict of a step is this test of its answer. */
-    record Expect(String shown, Predicate<Object> healthy) {
-        boolean test(Object answer) {
-            return healthy.test(answer);
-        }
-    }
+    record Expect(String shown, Predicate<Object> healthy) {}
 
     /** A service result code: 0 is success. */
     static final Expect CODE = new Expect("0", a -> a instanceof Number n && n.longValue() == 0);

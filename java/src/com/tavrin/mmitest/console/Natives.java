@@ -9,7 +9,7 @@ import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
 import java.lang.reflect.Modifier;
 import java.lang.reflect.Parameter;
-import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.Comparator;
 import java.util.List;
 import java.util.StringJoiner;
@@ -23,25 +23,16 @@ final class Natives {
     private Natives() {}
 
     static List<Method> all() {
-        List<Method> methods = new ArrayList<>();
-        for (Method m : MmiNativeManager.class.getDeclaredMethods()) {
-            if (Modifier.isNative(m.getModifiers())) {
-                methods.add(m);
-            }
-        }
-        methods.sort(Comparator.comparing(Method::getName));
-        return methods;
+        return Arrays.stream(MmiNativeManager.class.getDeclaredMethods()).filter(m -> Modifier.isNative(m.getModifiers()))
+                .sorted(Comparator.comparing(Method::getName)).toList();
     }
 
     static Method find(String name) {
-        for (Method m : all()) {
-            if (m.getName().equals(name)) {
-                return m;
-            }
-        }
-        String guess = Console.closest(name, all().stream().map(Method::getName).toList());
-        throw new IllegalArgumentException("no native method " + name + (guess != null ? " (did you mean " + guess
-                + "?)" : " (./mmi call --help lists them)"));
+        return all().stream().filter(m -> m.getName().equals(name)).findFirst().orElseThrow(() -> {
+            String guess = Console.closest(name, all().stream().map(Method::getName).toList());
+            return new IllegalArgumentException("no native method " + name + (guess != null ? " (did you mean "
+                    + guess + "?)" : " (./mmi call --help lists them)"));
+        });
     }
 
     /** Parses one command-line text per parameter of m. */

@@ -253,7 +253,11 @@ final class RunReport {
                         + s.why();
                 outcome(out, s.thrown != null ? "error" : "failure", message, String.join("\n", text));
             }
-            element(out, "system-out", String.join("\n", s.detail()));
+            if (!s.detail().isEmpty()) {
+                out.writeStartElement("system-out");
+                out.writeCharacters(xmlText(String.join("\n", s.detail())));
+                out.writeEndElement();
+            }
             endCase(out);
         }
         out.writeEndElement();
@@ -276,9 +280,9 @@ final class RunReport {
                     out.writeAttribute("message", xmlText(c.message()));
                 } else if (c.status() == Status.FAIL) {
                     List<String> text = new ArrayList<>(c.detail());
-                    addLogs(text, "at the kill", killLogs);
-                    addLogs(text, "while down", downLogs);
-                    addLogs(text, "at the revival", reviveLogs);
+                    killLogs.forEach(line -> text.add("log at the kill: " + line));
+                    downLogs.forEach(line -> text.add("log while down: " + line));
+                    reviveLogs.forEach(line -> text.add("log at the revival: " + line));
                     outcome(out, "failure", c.message(), String.join("\n", text));
                 }
                 endCase(out);
@@ -342,20 +346,6 @@ final class RunReport {
         out.writeAttribute("type", kind.equals("error") ? "exception" : "verdict");
         out.writeCharacters(xmlText(text));
         out.writeEndElement();
-    }
-
-    private static void element(XMLStreamWriter out, String name, String text) throws XMLStreamException {
-        if (!text.isEmpty()) {
-            out.writeStartElement(name);
-            out.writeCharacters(xmlText(text));
-            out.writeEndElement();
-        }
-    }
-
-    private static void addLogs(List<String> text, String when, List<LogLine> lines) {
-        for (LogLine line : lines) {
-            text.add("log " + when + ": " + line);
-        }
     }
 
     /**

@@ -1,18 +1,18 @@
 package com.tavrin.mmitest.console;
 
-import com.google.gson.stream.JsonWriter;
 import com.tavrin.mmitest.controller.MmiNativeManager;
 import com.tavrin.mmitest.sim.Call;
 import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
-import java.io.IOException;
 import java.lang.reflect.Field;
 import java.lang.reflect.Method;
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
+import java.util.stream.Collectors;
 
 /**
  * What one native call did: its answer or what it threw, the log lines it wrote, the service
@@ -92,7 +92,7 @@ final class StepRecord {
     StepRecord judge(FactorySequence.Step step) {
         expected = step.expect.shown();
         error = logs.stream().filter(step::unhealthy).findFirst().orElse(null);
-        passed = thrown == null && step.expect.test(result) && error == null;
+        passed = thrown == null && step.expect.healthy().test(result) && error == null;
         failedRuns = passed ? 0 : 1;
         return this;
     }
@@ -126,11 +126,7 @@ final class StepRecord {
     }
 
     static String shownArguments(Object[] args, String separator) {
-        List<String> shown = new ArrayList<>();
-        for (Object a : args) {
-            shown.add(Values.format(a));
-        }
-        return String.join(separator, shown);
+        return Arrays.stream(args).map(Values::format).collect(Collectors.joining(separator));
     }
 
     /** The lines ./mmi call prints after the result: fields written, log lines, service calls. */
@@ -142,35 +138,23 @@ final class StepRecord {
         return lines;
     }
 
-    /** One JSON object: method, arguments, result, log lines with priority, calls, fields written. */
-    void writeJson(JsonWriter out) throws IOException {
-        out.beginObject();
-        out.name("method").value(method);
-        out.name("arguments").beginArray();
-        for (Object a : args) {
-            Values.write(out, a);
-        }
-        out.endArray();
-        if (thrown != null) {
-            out.name("threw").value(thrown.toString());
-        } else {
-            out.name("result");
-            Values.write(out, result);
-        }
+    /** The JSON object: method, arguments, result, the verdict when judged, log lines, calls, fields written. */
+    Map<String, Object> json() {
+        Map<String, Object> json = new LinkedHashMap<>();
+        json.put("method", method);
+        json.put("arguments", Arrays.asList(args));
+        json.put(thrown != null ? "threw" : "result", thrown != null ? thrown.toString() : result);
         if (expected != null) {
-            out.name("number").value(number);
-            out.name("expected").value(expected);
-            out.name("passed").value(passed);
-            out.name("runs").value(runs);
-            out.name("failed_runs").value(failedRuns);
-            out.name("duration_ms").value(RunReport.ms(seconds));
+            json.put("number", number);
+            json.put("expected", expected);
+            json.put("passed", passed);
+            json.put("runs", runs);
+            json.put("failed_runs", failedRuns);
+            json.put("duration_ms", RunReport.ms(seconds));
         }
-        out.name("logs");
-        Values.write(out, RunReport.Log.of(logs));
-        out.name("calls");
-        Values.write(out, calls.stream().map(Call::toString).toList());
-        out.name("fields");
-        Values.write(out, fields);
-        out.endObject();
+        json.put("logs", RunReport.Log.of(logs));
+        json.put("calls", calls.stream().map(Call::toString).toList());
+        json.put("fields", fields);
+        return json;
     }
 }

@@ -34,7 +34,7 @@ final class Table {
         for (int c = 0; c < header.length; c++) {
             wanted[c] = Math.max(natural[c], header[c].length());
         }
-        int available = terminal.width - INDENT.length() - GAP.length() * (header.length - 1);
+        int available = terminal.width() - INDENT.length() - GAP.length() * (header.length - 1);
         // Verbose rows keep the layout but cut no cell: one wider than its column runs on, and the
         // columns after it give up their alignment rather than pad every row to the widest cell.
         widths = fit(wanted, minimum, available);
@@ -88,7 +88,7 @@ final class Table {
     /** A verdict and a text on a line of their own, in the table's layout. */
     static void verdictLine(PrintWriter out, Terminal terminal, boolean full, String verdict, String text) {
         String shown = Terminal.printable(text);
-        int room = terminal.width - INDENT.length() - verdict.length() - GAP.length();
+        int room = terminal.width() - INDENT.length() - verdict.length() - GAP.length();
         out.println(INDENT + terminal.paint(verdictColour(verdict), verdict) + GAP
                 + (full ? shown : Terminal.fit(shown, room)));
     }
@@ -147,14 +147,10 @@ final class Table {
     /** A line of its own, cut to the terminal's width unless full. */
     static void line(PrintWriter out, Terminal terminal, boolean full, String text) {
         String shown = Terminal.printable(text);
-        out.println(full ? shown : Terminal.fit(shown, terminal.width));
+        out.println(full ? shown : Terminal.fit(shown, terminal.width()));
     }
 
-    private static String stripEnd(StringBuilder line) {
-        int end = line.length();
-        while (end > 0 && line.charAt(end - 1) == ' ') {
-            end--;
-        }
-        return line.substring(0, end);
+    private static String stripEnd(CharSequence line) {
+        return line.toString().replaceFirst(" +$", "");
     }
 }

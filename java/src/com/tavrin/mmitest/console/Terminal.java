@@ -8,7 +8,7 @@ import java.util.function.UnaryOperator;
  * ./mmi passes the facts only it can see (whether stdout is a terminal, its width) as system
  * properties; the environment's COLUMNS and NO_COLOR win, as users expect.
  */
-final class Terminal {
+record Terminal(int width, boolean colour) {
     static final int DEFAULT_WIDTH = 80;
     static final String ELLIPSIS = "\u2026";
 
@@ -20,14 +20,6 @@ final class Terminal {
         Colour(String code) {
             this.code = code;
         }
-    }
-
-    final int width;
-    final boolean colour;
-
-    Terminal(int width, boolean colour) {
-        this.width = width;
-        this.colour = colour;
     }
 
     /** The terminal of this process: COLUMNS, else mmi.terminal.columns, else 80 columns. */
@@ -47,10 +39,7 @@ final class Terminal {
     }
 
     private static int positive(String text) {
-        if (text == null || !text.matches("[0-9]{1,6}")) {
-            return 0;
-        }
-        return Integer.parseInt(text);
+        return text != null && text.matches("[0-9]{1,6}") ? Integer.parseInt(text) : 0;
     }
 
     String paint(Colour c, String text) {

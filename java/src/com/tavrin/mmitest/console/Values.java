@@ -4,10 +4,11 @@ import com.google.gson.Gson;
 import com.google.gson.GsonBuilder;
 import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
+import com.google.gson.JsonPrimitive;
+import com.google.gson.JsonSerializer;
 import com.google.gson.TypeAdapter;
 import com.google.gson.stream.JsonReader;
 import com.google.gson.stream.JsonToken;
-import com.google.gson.stream.JsonWriter;
 
 import java.io.IOException;
 import java.io.StringReader;
@@ -15,6 +16,7 @@ import java.lang.reflect.Field;
 import java.lang.reflect.Modifier;
 import java.util.ArrayList;
 import java.util.Arrays;
+import java.util.HexFormat;
 import java.util.List;
 import java.util.Map;
 import java.util.regex.Matcher;
@@ -124,11 +126,7 @@ final class Values {
         if (!text.matches("x([0-9A-Fa-f]{2})*")) {
             throw new IllegalArgumentException("not a byte array (x followed by pairs of hex digits): " + text);
         }
-        byte[] bytes = new byte[(text.length() - 1) / 2];
-        for (int i = 0; i < bytes.length; i++) {
-            bytes[i] = (byte) Integer.parseInt(text.substring(1 + 2 * i, 3 + 2 * i), 16);
-        }
-        return bytes;
+        return HexFormat.of().parseHex(text, 1, text.length());
     }
 
     /** A model object from a JSON object of field values; fields not named keep their defaults. */
@@ -161,12 +159,8 @@ final class Values {
     }
 
     private static Field field(Class<?> type, String name) {
-        for (Field f : fields(type)) {
-            if (f.getName().equals(name)) {
-                return f;
-            }
-        }
-        throw new IllegalArgumentException(type.getSimpleName() + " has no field " + name);
+        return fields(type).stream().filter(f -> f.getName().equals(name)).findFirst()
+                .orElseThrow(() -> new IllegalArgumentException(type.getSimpleName() + " has no field " + name));
     }
 
     /** An int field takes a bare decimal; a String field any scalar, as written, or null. */
@@ -227,15 +221,9 @@ final class Values {
 
     /** The public instance fields of a model class, in declaration order. */
     static List<Field> fields(Class<?> type) {
-        List<Field> fields = new ArrayList<>();
-        for (Field f : type.getDeclaredFields()) {
-            int m = f.getModifiers();
-            if (Modifier.isPublic(m) && !Modifier.isStatic(m)
-                    && (f.getType() == int.class || f.getType() == String.class)) {
-                fields.add(f);
-            }
-        }
-        return fields;
+        return Arrays.stream(type.getDeclaredFields()).filter(f -> Modifier.isPublic(f.getModifiers())
+                && !Modifier.isStatic(f.getModifiers()) && (f.getType() == int.class || f.getType() == String.class))
+                .toList();
     }
 
     /** Prints a value the way the parser above reads it back. */
@@ -261,49 +249,15 @@ final class Values {
         return out.toString();
     }
 
-    static String quote(String s) {
-        return format(s);
-    }
-
     private static String hex(byte[] bytes) {
-        StringBuilder out = new StringBuilder("x");
-        for (byte b : bytes) {
-            out.append(String.format("%02x", b & 0xff));
-        }
-        return out.toString();
+        return "x" + HexFormat.of().formatHex(bytes);
     }
 
     /** Values as JSON: a byte[] as its command-line text, so that it reads back; a model object by its fields. */
     static final Gson GSON = new GsonBuilder().serializeNulls().disableHtmlEscaping()
-            .registerTypeAdapter(byte[].class, Values.<byte[]>writer((out, bytes) -> out.value(hex(bytes))))
-            .registerTypeAdapter(StepRecord.class, Values.<StepRecord>writer((out, step) -> step.writeJson(out))).create();
-
-    interface Write<T> {
-        void write(JsonWriter out, T value) throws IOException;
-    }
-
-    /** A type adapter for values that are written, never read. */
-    static <T> TypeAdapter<T> writer(Write<T> write) {
-        return new TypeAdapter<T>() {
-            @Override
-            public void write(JsonWriter out, T value) throws IOException {
-                if (value == null) {
-                    out.nullValue();
-                } else {
-                    write.write(out, value);
-                }
-            }
-
-            @Override
-            public T read(JsonReader in) {
-                throw new UnsupportedOperationException("written, not read");
-            }
-        };
-    }
-
-    static void write(JsonWriter out, Object value) {
-        GSON.toJson(value, value == null ? Object.class : value.getClass(), out);
-    }
+            .registerTypeAdapter(byte[].class, (JsonSerializer<byte[]>) (b, t, c) -> new JsonPrimitive(hex(b)))
+            .registerTypeAdapter(StepRecord.class, (JsonSerializer<StepRecord>) (s, t, c) -> c.serialize(s.json()))
+            .create();
 
     /**
      * A model object as typed on a command line, with its bare keys and bare text values quoted:
@@ -329,8 +283,8 @@ final class Values {
             }
             String key = member.substring(0, colon).strip();
             String value = member.substring(colon + 1).strip();
-            members.add((key.startsWith("\"") ? key : quote(key)) + ":"
-                    + (needsQuotes(value) ? quote(value) : value));
+            members.add((key.startsWith("\"") ? key : format(key)) + ":"
+                    + (needsQuotes(value) ? format(value) : value));
         }
         return "{" + String.join(",", members) + (closed ? "}" : "");
     }

@@ -139,13 +139,13 @@ class RunReportTest {
         for (String key : path.split("\\.")) {
             e = e.isJsonArray() ? e.getAsJsonArray().get(Integer.parseInt(key)) : e.getAsJsonObject().get(key);
         }
-        assertEquals(value, e.isJsonPrimitive() && e.getAsJsonPrimitive().isString() ? Values.quote(e.getAsString())
+        assertEquals(value, e.isJsonPrimitive() && e.getAsJsonPrimitive().isString() ? Values.format(e.getAsString())
                 : e.toString());
     }
 
     @Test
     void callJsonIsOneObjectOnOneLine() {
-        String line = CallCommand.json(wrong);
+        String line = Values.json(wrong);
         assertTrue(!line.contains("\n") && JsonParser.parseString(line).isJsonObject()
                 && line.contains("\"logs\":[{\"priority\":\"E\",\"text\":\"ctrl \\u0001 and \\ud800 unpaired\"}"), line);
     }

@@ -32,7 +32,7 @@ class TerminalTest {
     @CsvSource({"-, -, 80", "100, -, 100", "100, 60, 100", "-, 60, 60", "0, 60, 60", "abc, -, 80", "-1, 120, 120"})
     void width(String columns, String property, int width) {
         Terminal t = Terminal.of(map("COLUMNS", columns), map("mmi.terminal.columns", property)::get, false);
-        assertEquals(width, t.width);
+        assertEquals(width, t.width());
     }
 
     /** Colour only on a terminal, without NO_COLOR (an empty one does not count) and without --no-color. */
@@ -41,7 +41,7 @@ class TerminalTest {
         "true, '', false, true", "true, -, true, false"})
     void colour(String tty, String noColor, boolean option, boolean colour) {
         Terminal t = Terminal.of(map("NO_COLOR", noColor), map("mmi.stdout.tty", tty)::get, option);
-        assertEquals(colour, t.colour);
+        assertEquals(colour, t.colour());
         assertEquals(colour, t.paint(Terminal.Colour.RED, "FAIL").contains("\033["));
     }
 
