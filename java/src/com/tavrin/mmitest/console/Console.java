@@ -10,6 +10,7 @@ import java.lang.reflect.Method;
 import java.nio.charset.StandardCharsets;
 import java.util.ArrayList;
 import java.util.Collection;
+import java.util.Comparator;
 import java.util.List;
 import java.util.Locale;
 import java.util.concurrent.Callable;
@@ -18,6 +19,7 @@ import java.util.concurrent.CompletionException;
 import java.util.concurrent.ExecutionException;
 import java.util.concurrent.TimeUnit;
 import java.util.concurrent.TimeoutException;
+import java.util.function.Function;
 import java.util.stream.IntStream;
 
 import com.tavrin.mmitest.sim.Catalogue;
@@ -192,16 +194,8 @@ public final class Console implements Callable<Integer> {
 
     /** The name a misspelt word was likely meant to be: a case-only difference or at most two edits; else null. */
     static String closest(String word, Collection<String> names) {
-        String best = null;
-        int bestDistance = 3;
-        for (String name : names) {
-            int d = distance(word.toLowerCase(Locale.ROOT), name.toLowerCase(Locale.ROOT));
-            if (d < bestDistance) {
-                best = name;
-                bestDistance = d;
-            }
-        }
-        return best;
+        Function<String, Integer> edits = name -> distance(word.toLowerCase(Locale.ROOT), name.toLowerCase(Locale.ROOT));
+        return names.stream().min(Comparator.comparing(edits)).filter(name -> edits.apply(name) < 3).orElse(null);
     }
 
     /** Edits (insert, delete, replace a character) that turn a into b. */

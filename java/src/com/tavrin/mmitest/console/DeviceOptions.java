@@ -7,7 +7,7 @@ import java.util.ArrayList;
 import java.util.Iterator;
 import java.util.Optional;
 import java.util.List;
-import java.util.StringJoiner;
+import java.util.stream.Collectors;
 
 import picocli.CommandLine.ITypeConverter;
 import picocli.CommandLine.Model.CommandSpec;
@@ -161,12 +161,9 @@ final class DeviceOptions {
      * when no service starts late.
      */
     String startNote() {
-        if (startDelays.isEmpty()) {
-            return null;
-        }
-        StringJoiner late = new StringJoiner(", ");
-        startDelays.forEach(d -> late.add(d.service() + " after " + d.ms() + " ms"));
-        return "the library's load waits for the late services to register (" + late + ")";
+        return startDelays.isEmpty() ? null : "the library's load waits for the late services to register ("
+                + startDelays.stream().map(d -> d.service() + " after " + d.ms() + " ms").collect(Collectors.joining(", "))
+                + ")";
     }
 
     long longestStartDelay() {

@@ -112,12 +112,8 @@ final class FactoryRun implements Callable<Integer> {
     static final class FaultName implements ITypeConverter<Drill.Fault> {
         @Override
         public Drill.Fault convert(String value) {
-            for (Drill.Fault f : Drill.Fault.values()) {
-                if (f.name().equals(value)) {
-                    return f;
-                }
-            }
-            throw new TypeConversionException("--drill-fault takes kill or crash, got '" + value + "'");
+            return Arrays.stream(Drill.Fault.values()).filter(f -> f.name().equals(value)).findFirst().orElseThrow(
+                    () -> new TypeConversionException("--drill-fault takes kill or crash, got '" + value + "'"));
         }
     }
 

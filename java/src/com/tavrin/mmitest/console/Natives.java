@@ -12,7 +12,7 @@ import java.lang.reflect.Parameter;
 import java.util.Arrays;
 import java.util.Comparator;
 import java.util.List;
-import java.util.StringJoiner;
+import java.util.stream.Collectors;
 
 /**
  * The native methods of MmiNativeManager, reached by name. Looking them up does not initialise
@@ -55,11 +55,8 @@ final class Natives {
     }
 
     static String signature(Method m) {
-        StringJoiner params = new StringJoiner(", ", m.getName() + "(", ")");
-        for (Parameter p : m.getParameters()) {
-            params.add(describe(p));
-        }
-        return params + " -> " + m.getReturnType().getSimpleName();
+        return Arrays.stream(m.getParameters()).map(Natives::describe).collect(Collectors.joining(", ",
+                m.getName() + "(", ")")) + " -> " + m.getReturnType().getSimpleName();
     }
 
     private static String describe(Parameter p) {
