@@ -5,6 +5,7 @@
 #include <android/hidl/base/1.0/IBase.h>
 #include <hidl/HidlSupport.h>
 #include <simdevice/sim_device.h>
+#include <vendor/tavrin/hardware/kxfactoryinterface/1.0/types.h>
 
 #include <atomic>
 #include <deque>
@@ -63,11 +64,6 @@ class Core {
     std::vector<Call> TakeCalls();
     void ClearRecords();
 
-    std::optional<std::vector<int32_t>> LastVector(Service service,
-                                                   std::string_view operation) const;
-    std::optional<FmdMsg> LastFmdMsg() const;
-    std::optional<FmdOperation> LastFmdOperation() const;
-
     // What a crash in the middle of a call does to the device; none: nothing beyond the failed
     // call. Clearing it waits for a crash under way to finish.
     void SetCrashHandler(std::function<void(Service)> handler);
@@ -89,9 +85,6 @@ class Core {
     std::map<const OperationInfo*, Sequence> programmed_;
     std::map<const OperationInfo*, int64_t> delays_;
     std::deque<Call> calls_;
-    std::map<const OperationInfo*, std::vector<int32_t>> last_vectors_;
-    std::optional<FmdMsg> last_msg_;
-    std::optional<FmdOperation> last_operation_;
 };
 
 // A service object as the device manages it.

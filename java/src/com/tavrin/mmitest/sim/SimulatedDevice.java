@@ -179,8 +179,6 @@ public final class SimulatedDevice {
      */
     public static native String[] takeCalls();
 
-    /** Old form, unused: positions of the calls the last takeCalls() returned, in the same order. */
-    public static native int[] takeCallPositions();
 
     /** Captures every platform log line from now on, verbose included. */
     public static native void captureLogs();
