@@ -1,4 +1,4 @@
-// The shared state of one device: answers, the call record and typed copies of what arrived.
+// The shared state of one device: answers, delays and the call record.
 #include <hidl/HostTransport.h>
 
 #include <algorithm>

@@ -46,7 +46,7 @@ std::string ExplainRefusal(std::string_view text, const std::string& error);
 // The healthy answer to a call whose first argument, if an integer, is key.
 const Answer& HealthyAnswer(const OperationInfo& info, std::optional<int64_t> key);
 
-// The state every service object of one device shares: answers, records, typed copies. Service
+// The state every service object of one device shares: answers, delays, the call record. Service
 // objects keep it alive while a call is in progress, so a device may go away under a call.
 class Core {
   public:
