@@ -643,16 +643,4 @@ Java_com_tavrin_mmitest_sim_SimulatedDevice_operations(JNIEnv* env, jclass, jstr
     return ToJavaArray(env, names);
 }
 
-JNIEXPORT jobjectArray JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_shapes(JNIEnv* env,
-                                                                                  jclass,
-                                                                                  jstring service) {
-    std::optional<Service> s = ServiceArg(env, service);
-    if (!s) return nullptr;
-    std::vector<std::string> shapes;
-    for (const simdevice::OperationInfo& info : SimDevice::Operations(*s)) {
-        shapes.push_back(info.Shape());
-    }
-    return ToJavaArray(env, shapes);
-}
-
 }  // extern "C"
