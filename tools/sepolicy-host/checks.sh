@@ -153,16 +153,20 @@ sp_cil() {
     secilc -M true -c 30 -o "$tmp/whole.secilc" -f /dev/null "$tmp/whole.cil" 2>&1
 }
 
-# The check itself can fail: a grant to platform_app and a malformed rule, added to a copy of the
-# kit, are refused.
+# The check itself can fail: a grant to every app and a malformed rule, each added to a copy of
+# the kit, are refused for what they are.
 sp_refuses() {
     local kit=$sp_kit bad=0 out
     rm -rf "$tmp/kit-mutant" && cp -r "$kit" "$tmp/kit-mutant" && sp_kit=$tmp/kit-mutant
-    printf '\n%s\n' "typeattribute appdomain hal_kxfactory_client;" >>"$sp_kit/system_ext/private/kxmmi_app.te"
-    if out=$(sp_least whole 2>&1); then echo "a grant of hal_kxfactory to every app passed"; bad=1; fi
+    printf '\n%s\n' "allow appdomain hal_kxfactory_server:binder call;" >>"$sp_kit/system_ext/private/kxmmi_app.te"
+    out=$(sp_least whole 2>&1) || true
+    grep -q "granted beyond the app's own domain: allow platform_app hal_kxfactory_default:binder" <<<"$out" ||
+        { echo "a call of the factory service by every app was not refused: $out"; bad=1; }
     rm -rf "$tmp/kit-mutant" && cp -r "$kit" "$tmp/kit-mutant"
-    printf '\n%s\n' "allow kxmmi_app kx_tp_hwservice hwservice_manager find;" >>"$sp_kit/vendor/kx_hals.te"
-    if out=$(sp_compile vendor mutant 2>&1); then echo "a malformed rule passed"; bad=1; fi
+    printf '\n%s\n' "allow hal_kxtp_client kx_tp_hwservice hwservice_manager find;" >>"$sp_kit/vendor/kx_hals.te"
+    out=$(sp_compile vendor mutant 2>&1) || true
+    grep -q "kx_hals.te:[0-9]*:ERROR 'syntax error'" <<<"$out" ||
+        { echo "a malformed rule was not refused with its file and line: $out"; bad=1; }
     sp_kit=$kit
     return $bad
 }
