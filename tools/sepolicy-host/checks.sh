@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2154 # $tmp is the sourcing script's
 # The device kit's SELinux policy (device/sepolicy) on the host: sourced by check-device-build,
 # from the checkout's root, with $tmp set. Debian's checkpolicy compiles the kit's fragments,
 # expanded by m4 with this folder's minimal macros, against this folder's minimal base; probes
@@ -11,7 +12,7 @@ sp_lines() { grep -v -e '^[[:space:]]*#' -e '^[[:space:]]*$' "$@" || true; }  # 
 # The app's domain, as seapp_contexts assigns it.
 sp_app() { sp_lines "$sp_kit/system_ext/private/seapp_contexts" | grep -o 'domain=[A-Za-z0-9_]*' | head -n 1 | cut -d= -f2; }
 # The HALs (hal_attribute in system_ext public policy) and the hwservice types (hwservice_contexts).
-sp_hals() { cat $(sp_te system_ext/public) | sed -n 's/^hal_attribute(\([a-z0-9_]*\)).*/hal_\1/p'; }
+sp_hals() { sp_te system_ext/public | xargs -r sed -n 's/^hal_attribute(\([a-z0-9_]*\)).*/hal_\1/p'; }
 sp_hwservices() { sp_lines "$sp_kit/vendor/hwservice_contexts" | sed -n 's/.*u:object_r:\([A-Za-z0-9_]*\):s0$/\1/p'; }
 
 # sp_compile VIEW NAME [EXTRA_TE...]: expands and compiles one view of the policy into $tmp/NAME;
@@ -25,20 +26,23 @@ sp_compile() {
     local view=$1 name=$2 d
     shift 2
     local defs=() files=("$sp_host/te_macros" "$sp_host/head.conf" "$sp_host/public.te")
-    files+=($(sp_te system_ext/public))
-    case $view in platform | whole | android10) files+=("$sp_host/private.te" $(sp_te system_ext/private)) ;; esac
+    local public private vendor
+    mapfile -t public < <(sp_te system_ext/public)
+    mapfile -t private < <(sp_te system_ext/private)
+    mapfile -t vendor < <(sp_te vendor)
+    files+=("${public[@]}")
+    case $view in platform | whole | android10) files+=("$sp_host/private.te" "${private[@]}") ;; esac
     if [ "$view" != platform ]; then
         # Stand-ins for the vendor's service domains, which the vendor's own policy declares.
-        for d in $(cat $(sp_te vendor) | sed -n 's/^hal_server_domain(\([A-Za-z0-9_]*\),.*/\1/p' | sort -u); do
-            grep -qE "^type $d[ ,;]" $(sp_te vendor) || echo "type $d, domain;"
+        for d in $(sed -n 's/^hal_server_domain(\([A-Za-z0-9_]*\),.*/\1/p' "${vendor[@]}" | sort -u); do
+            grep -qE "^type ${d}[ ,;]" "${vendor[@]}" || echo "type $d, domain;"
         done >"$tmp/$name.vendor-domains.te"
         files+=("$tmp/$name.vendor-domains.te")
         if [ "$view" = android10 ]; then
             defs=(-D android10)
-            files+=($(sp_te vendor | grep -v '/protected_hwservice\.te$'))
-        else
-            files+=($(sp_te vendor))
+            mapfile -t vendor < <(printf '%s\n' "${vendor[@]}" | grep -v '/protected_hwservice\.te$')
         fi
+        files+=("${vendor[@]}")
     fi
     files+=("$@" "$sp_host/tail.conf")
     m4 -s "${defs[@]}" "${files[@]}" >"$tmp/$name.conf" 2>"$tmp/$name.m4.log" ||
