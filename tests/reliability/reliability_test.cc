@@ -36,12 +36,6 @@ const std::string kHostileText = std::string("\"a\xC0\x80") + "b\xED\xA0\xBD\xED
                                  std::string(1000000, 'x') + "\"";
 const std::string kHostileHex = "\"" + std::string(2000000, '0') + "\"";
 
-size_t Count(const std::string& text, const std::string& part) {
-    size_t n = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-    return n;
-}
-
 // One call of native i from Java on connections made afresh: its answer, error lines and calls.
 struct Reached {
     std::string answer;
@@ -78,8 +72,7 @@ TEST(Faults, EveryNativeAgainstFailingServicesAndBadArguments) {
     const Oracle o;
     size_t callbacks = 0, nulls = 0, nullLines = 0;
     for (int i = 0; i < kMethods; ++i) {
-        const std::string name =
-            kxtest::TakeText(CallWorkload("describe", "(I)Ljava/lang/String;", i)).value_or("");
+        const std::string name = Describe(i);
         SCOPED_TRACE(name);
         const Reached healthy(i);
         ASSERT_EQ(healthy.calls.size(), 1u);
@@ -142,8 +135,7 @@ TEST(Faults, EveryNativeAgainstFailingServicesAndBadArguments) {
                 o.function[i] + " fail, " + kNullArgs.at(nullLines++) + " is null";
             EXPECT_EQ(r.errors, std::vector<std::string>{Tagged(line)});
         }
-        const size_t texts = Count(params, "String") + 11 * Count(params, "BigDataValue") +
-                             2 * Count(params, "BigDataOperation");
+        const size_t texts = TextsRead(params);
         if (texts + Count(params, "[]") == 0) continue;
         r = Reached(i, kHostile);
         ASSERT_EQ(r.calls.size(), 1u);
