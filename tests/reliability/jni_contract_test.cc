@@ -236,8 +236,7 @@ TEST(JniFailures, EveryFailedJniCallGivesTheFailureValueItsLineAndNothingPending
                         EXPECT_EQ(o.calls.size(), x.reaches ? 1u : 0u) << "calls of the service";
                         // A record's unread text travels empty, the others whole.
                         if (java.rfind("sendBigData", 0) == 0 && !o.calls.empty()) {
-                            std::string args;
-                            for (const std::string& a : o.calls[0].args) args += a + ", ";
+                            const std::string args = o.calls[0].Text();
                             EXPECT_EQ(Count(args, "\"\""), 1u) << args;
                         }
                     }
