@@ -31,6 +31,7 @@ MUTANTS = {
  'R5 record reader keeps characters': ('jni/factory_records.cc', 'env->ReleaseStringUTFChars(string, chars);', ''),
  'R6 Utf never releases': ('jni/jni_util.h', 'if (mChars != nullptr) mEnv->ReleaseStringUTFChars(mString, mChars);', ''),
  'R7 Utf releases twice': ('jni/jni_util.h', 'if (mChars != nullptr) mEnv->ReleaseStringUTFChars(mString, mChars);\n        mChars = nullptr;', 'if (mChars != nullptr) mEnv->ReleaseStringUTFChars(mString, mChars);'),
+ 'R8 Utf releases on another object': ('jni/jni_util.h', 'if (mChars != nullptr) mEnv->ReleaseStringUTFChars(mString, mChars);', 'if (mChars != nullptr) mEnv->ReleaseStringUTFChars(nullptr, mChars);'),
  # a steady leak of about 100 KB per heap batch (10,000 calls of the signature native per batch)
  'H1 leak 10 KB every 1000th signature call': ('jni/factory_commands.cc', '    env->ReleaseByteArrayElements(data, elements, 0);\n', '    env->ReleaseByteArrayElements(data, elements, 0);\n    static int calls = 0;\n    static std::vector<void*> kept;\n    if (++calls % 1000 == 0) kept.push_back(std::malloc(10240));\n'),
  # handle stores and loads without the handle lock
