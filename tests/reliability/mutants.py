@@ -5,7 +5,8 @@ Each mutant is one plausible fault in jni/ or hal/: a release of characters or e
 in the wrong mode, a failed JNI call's handling removed, a steady heap leak, a handle stored or read
 without its lock. For each mutant asked for, the file is changed, BUILD_DIR's TARGETS are built,
 COMMAND runs (in a shell, from the checkout), and the file is restored (also on Ctrl-C). A mutant
-is caught when COMMAND fails.
+is caught when COMMAND fails. Build nothing else from this checkout meanwhile: it would compile
+the mutant too.
 
 usage: tests/reliability/mutants.py BUILD_DIR TARGETS COMMAND [ID...]
        tests/reliability/mutants.py --list
