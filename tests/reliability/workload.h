@@ -45,6 +45,25 @@ inline std::string CallNative(int index, int set = kPlain) {
 
 inline std::string Tagged(const std::string& text) { return "KxMMITest_jni: " + text; }
 
+// Native index's Java name and parameter types, as "name(String, int[])".
+inline std::string Describe(int index) {
+    return kxtest::TakeText(CallWorkload("describe", "(I)Ljava/lang/String;", index)).value_or("");
+}
+
+// How often part occurs in text.
+inline size_t Count(const std::string& text, const std::string& part) {
+    size_t n = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+    return n;
+}
+
+// The Java texts a native with these parameter types reads: its Strings, and the String fields of
+// its record objects (eleven of a BigDataValue, two of a BigDataOperation).
+inline size_t TextsRead(const std::string& params) {
+    return Count(params, "String") + 11 * Count(params, "BigDataValue") +
+           2 * Count(params, "BigDataOperation");
+}
+
 // The error lines logged since the last take.
 inline std::vector<std::string> TakeErrors() {
     std::vector<std::string> texts;

@@ -172,7 +172,8 @@ jclass Manager() {
     auto result = id == nullptr ? decltype(env->JniCall(Manager(), id, args)){} \
                                 : env->JniCall(Manager(), id, args);            \
     va_end(args);                                                               \
-    NoException(name);
+    NoException(name);                                                          \
+    NoLoanFaults(name);
 
 jint CallInt(const char* name, const char* signature, ...) {
     KXTEST_CALL(CallStaticIntMethodV)
@@ -296,6 +297,18 @@ long LibraryTextsChecked() { return Agent().checked.load(); }
 
 long LocalReferences() { return Agent().localReferences(Env()); }
 
+Loans TakeLoans() { return Agent().takeLoans(); }
+
+void NoLoanFaults(const std::string& what) {
+    for (const std::string& fault : TakeLoans().faults) ADD_FAILURE() << what << ": " << fault;
+}
+
+void StageFailures(JniCall call, int skip, int count, bool pending) {
+    Agent().stageFailures(call, skip, count, pending);
+}
+
+int StagedFailures() { return Agent().stagedFailures(); }
+
 std::vector<std::string> InvalidLibraryTexts() {
     std::lock_guard<std::mutex> lock(Agent().lock);
     return Agent().invalid;
@@ -332,6 +345,18 @@ int main(int argc, char** argv) {
     for (const std::string& hex : kxtest::InvalidLibraryTexts()) {
         std::fprintf(stderr, "the library handed NewStringUTF invalid modified UTF-8: %s\n",
                      hex.c_str());
+        result = 1;
+    }
+    // Nor may it have kept, or given back wrongly, anything it borrowed from Java, on any thread.
+    kxtest::TextAgentState& agent = kxtest::Agent();
+    kxtest::TakeLoans();  // this thread's loans still open count as faults
+    std::lock_guard<std::mutex> lock(agent.lock);
+    for (const std::string& fault : agent.faults) {
+        std::fprintf(stderr, "the library broke a JNI loan: %s\n", fault.c_str());
+    }
+    if (agent.faultCount.load() > 0 || agent.open.load() > 0) {
+        std::fprintf(stderr, "the library broke %ld JNI loans; %ld still open\n",
+                     agent.faultCount.load(), agent.open.load());
         result = 1;
     }
     return result;

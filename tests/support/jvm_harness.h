@@ -49,7 +49,8 @@ jclass Manager();
 // Fails the current test on a pending Java exception, and clears it.
 void NoException(const char* what);
 
-// Calls a static native of MmiNativeManager. Fails the current test on a pending Java exception.
+// Calls a static native of MmiNativeManager. Fails the current test on a pending Java exception,
+// and on characters or elements the native did not give back as it should (see TakeLoans).
 jint CallInt(const char* name, const char* signature, ...);
 jlong CallLong(const char* name, const char* signature, ...);
 bool CallBool(const char* name, const char* signature, ...);
@@ -89,6 +90,16 @@ void TraceStringCalls(bool on);
 std::vector<StringCall> TakeStringCalls();
 // The calling thread's live JNI local references, every frame counted.
 long LocalReferences();
+// What the library borrowed on the calling thread since the last take (GetStringUTFChars,
+// Get<Type>ArrayElements) and every fault in giving it back; a loan still open is a fault. Any
+// fault on any thread also fails the binary at its end, as does a loan open then.
+Loans TakeLoans();
+// Fails the current test on every loan fault of the calling thread, each named after what.
+void NoLoanFaults(const std::string& what);
+// The calling thread's next library calls of call: skip succeed, then count fail as JNI allows
+// (NULL, with an OutOfMemoryError pending if pending). StagedFailures: how many calls failed so.
+void StageFailures(JniCall call, int skip, int count, bool pending);
+int StagedFailures();
 
 // Calls one of the library's exported functions (JNI_OnLoad, InitMmiNativeManager, ...) directly.
 void* LibrarySymbol(const char* name);

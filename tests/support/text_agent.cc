@@ -1,7 +1,10 @@
-// JVMTI agent: once the VM is up it replaces NewStringUTF, GetStringUTFChars and
-// ReleaseStringUTFChars in the JNI function table. Calls made from libKxMMI_jni are watched: every
-// text handed to NewStringUTF must be valid modified UTF-8 (what Android's CheckJNI aborts on and
-// HotSpot silently mangles), and while tracing, the order of the calls is recorded.
+// JVMTI agent: once the VM is up it replaces, in the JNI function table, NewStringUTF,
+// NewIntArray, GetStringUTFChars and ReleaseStringUTFChars, and Get/Release<Type>ArrayElements.
+// Calls made from libKxMMI_jni are watched: every text handed to NewStringUTF must be valid
+// modified UTF-8 (what Android's CheckJNI aborts on and HotSpot silently mangles); everything the
+// library borrows must be given back once, on the object it came from, in the mode the library's
+// rules name; while tracing, the order of the string calls is recorded; and a test can make the
+// library's calls fail the way JNI lets them.
 #include "text_agent.h"
 
 #include <jvmti.h>
@@ -9,6 +12,8 @@
 
 #include <cstdio>
 #include <cstring>
+#include <string>
+#include <unordered_map>
 
 #include "modified_utf8_check.h"
 
@@ -49,6 +54,110 @@ void Record(char kind, const char* text) {
     g_state.trace.push_back({kind, text});
 }
 
+// What the library borrowed on this thread and has not given back yet, by pointer.
+struct Loan {
+    const char* get;
+    const char* release;
+    jobject object;
+    int mode;  // the release mode the library's rules name; -1: none named
+};
+thread_local std::unordered_map<const void*, Loan> t_open;
+thread_local kxtest::Loans t_loans;
+
+void Fault(std::string text) {
+    ++g_state.faultCount;
+    {
+        std::lock_guard<std::mutex> lock(g_state.lock);
+        if (g_state.faults.size() < 20) g_state.faults.push_back(text);
+    }
+    t_loans.faults.push_back(std::move(text));
+}
+
+void Lend(const void* pointer, const char* get, const char* release, jobject object, int mode) {
+    if (pointer == nullptr) return;  // a failed call lends nothing
+    ++t_loans.obtained;
+    ++g_state.open;
+    t_open[pointer] = {get, release, object, mode};
+}
+
+const char* ModeName(jint mode) {
+    return mode == 0            ? "0"
+           : mode == JNI_COMMIT ? "JNI_COMMIT"
+           : mode == JNI_ABORT  ? "JNI_ABORT"
+                                : "?";
+}
+
+// A release by the library: judged against its loan. Answers the object to hand the original
+// release, or null when the release must not reach the JVM (it would free what is not lent).
+jobject GiveBack(JNIEnv* env, const void* pointer, const char* release, jobject object, jint mode) {
+    auto loan = t_open.find(pointer);
+    if (loan == t_open.end()) {
+        Fault(std::string(release) + ": of " + (pointer ? "a pointer" : "NULL") +
+              " the library does not hold (a second release, or one after a failed call)");
+        return nullptr;
+    }
+    const Loan lent = loan->second;
+    if (std::strcmp(lent.release, release) != 0) {
+        Fault(std::string(release) + ": of what " + lent.get + " lent");
+        return nullptr;
+    }
+    // IsSameObject is not among the calls JNI allows with an exception pending.
+    if (object != lent.object &&
+        (g_original.ExceptionCheck(env) || !g_original.IsSameObject(env, object, lent.object))) {
+        Fault(std::string(release) + ": on another object than the one " + lent.get + " lent");
+    }
+    if (lent.mode >= 0 && mode != lent.mode) {
+        Fault(std::string(release) + ": in mode " + ModeName(mode) + ", not " +
+              ModeName(lent.mode));
+    }
+    if (mode == JNI_COMMIT) return lent.object;  // copies back but keeps the loan
+    t_open.erase(loan);
+    --g_state.open;
+    return lent.object;
+}
+
+kxtest::Loans TakeLoans() {
+    for (const auto& [pointer, loan] : t_open) {
+        Fault(std::string(loan.get) + ": never given back with " + loan.release);
+        --g_state.open;
+    }
+    t_open.clear();
+    kxtest::Loans loans;
+    std::swap(loans, t_loans);
+    return loans;
+}
+
+// Failures a test staged for this thread's next calls.
+struct Stage {
+    kxtest::JniCall call;
+    int skip = 0, count = 0, met = 0;
+    bool pending = false;
+};
+thread_local Stage t_stage;
+
+void StageFailures(kxtest::JniCall call, int skip, int count, bool pending) {
+    t_stage = {call, skip, count, 0, pending};
+}
+
+int StagedFailures() { return t_stage.met; }
+
+// True when this call is to fail: it answers NULL, with an OutOfMemoryError pending if asked.
+bool FailsNow(JNIEnv* env, kxtest::JniCall call) {
+    if (t_stage.count == 0 || t_stage.call != call) return false;
+    if (t_stage.skip > 0) {
+        --t_stage.skip;
+        return false;
+    }
+    --t_stage.count;
+    ++t_stage.met;
+    if (t_stage.pending) {
+        jclass error = g_original.FindClass(env, "java/lang/OutOfMemoryError");
+        g_original.ThrowNew(env, error, "staged by the test agent");
+        g_original.DeleteLocalRef(env, error);
+    }
+    return true;
+}
+
 jstring JNICALL NewStringUTF(JNIEnv* env, const char* bytes) {
     if (FromLibrary(__builtin_return_address(0)) && bytes != nullptr) {
         ++g_state.checked;
@@ -63,20 +172,65 @@ jstring JNICALL NewStringUTF(JNIEnv* env, const char* bytes) {
             if (g_state.invalid.size() < 20) g_state.invalid.push_back(hex);
         }
         Record('N', bytes);
+        if (FailsNow(env, kxtest::JniCall::kNewString)) return nullptr;
     }
     return g_original.NewStringUTF(env, bytes);
 }
 
+jintArray JNICALL NewIntArray(JNIEnv* env, jsize length) {
+    if (FromLibrary(__builtin_return_address(0)) && FailsNow(env, kxtest::JniCall::kNewIntArray)) {
+        return nullptr;
+    }
+    return g_original.NewIntArray(env, length);
+}
+
 const char* JNICALL GetStringUTFChars(JNIEnv* env, jstring string, jboolean* isCopy) {
+    if (!FromLibrary(__builtin_return_address(0)))
+        return g_original.GetStringUTFChars(env, string, isCopy);
+    if (FailsNow(env, kxtest::JniCall::kStringChars)) return nullptr;
     const char* chars = g_original.GetStringUTFChars(env, string, isCopy);
-    if (FromLibrary(__builtin_return_address(0))) Record('G', chars);
+    Record('G', chars);
+    Lend(chars, "GetStringUTFChars", "ReleaseStringUTFChars", string, -1);
     return chars;
 }
 
 void JNICALL ReleaseStringUTFChars(JNIEnv* env, jstring string, const char* chars) {
-    if (FromLibrary(__builtin_return_address(0))) Record('R', chars);
-    g_original.ReleaseStringUTFChars(env, string, chars);
+    if (!FromLibrary(__builtin_return_address(0)))
+        return g_original.ReleaseStringUTFChars(env, string, chars);
+    Record('R', chars);
+    if (jobject lent = GiveBack(env, chars, "ReleaseStringUTFChars", string, 0))
+        g_original.ReleaseStringUTFChars(env, static_cast<jstring>(lent), chars);
 }
+
+// The release modes the library's rules name: the signature bytes go back in mode 0, the
+// pressure data with JNI_ABORT (never written back); no rule for the other types.
+#define KXTEST_ARRAY_LOANS(Type, type, mode)                                                       \
+    j##type* JNICALL Get##Type##ArrayElements(JNIEnv* env, j##type##Array array,                   \
+                                              jboolean* isCopy) {                                  \
+        if (!FromLibrary(__builtin_return_address(0)))                                             \
+            return g_original.Get##Type##ArrayElements(env, array, isCopy);                        \
+        if (FailsNow(env, kxtest::JniCall::kArrayElements)) return nullptr;                        \
+        j##type* elements = g_original.Get##Type##ArrayElements(env, array, isCopy);               \
+        Lend(elements, "Get" #Type "ArrayElements", "Release" #Type "ArrayElements", array, mode); \
+        return elements;                                                                           \
+    }                                                                                              \
+    void JNICALL Release##Type##ArrayElements(JNIEnv* env, j##type##Array array,                   \
+                                              j##type* elements, jint how) {                       \
+        if (!FromLibrary(__builtin_return_address(0)))                                             \
+            return g_original.Release##Type##ArrayElements(env, array, elements, how);             \
+        if (jobject lent = GiveBack(env, elements, "Release" #Type "ArrayElements", array, how))   \
+            g_original.Release##Type##ArrayElements(env, static_cast<j##type##Array>(lent),        \
+                                                    elements, how);                                \
+    }
+KXTEST_ARRAY_LOANS(Boolean, boolean, -1)
+KXTEST_ARRAY_LOANS(Byte, byte, 0)
+KXTEST_ARRAY_LOANS(Char, char, -1)
+KXTEST_ARRAY_LOANS(Short, short, -1)
+KXTEST_ARRAY_LOANS(Int, int, JNI_ABORT)
+KXTEST_ARRAY_LOANS(Long, long, -1)
+KXTEST_ARRAY_LOANS(Float, float, -1)
+KXTEST_ARRAY_LOANS(Double, double, -1)
+#undef KXTEST_ARRAY_LOANS
 
 // The heap walk reports every JNI local reference as a root; the calling thread is told apart from
 // the others by a tag of its own for the length of the walk.
@@ -114,8 +268,21 @@ void JNICALL OnVmInit(jvmtiEnv* jvmti, JNIEnv* /*env*/, jthread /*thread*/) {
     g_wrapped = *table;
     jvmti->Deallocate(reinterpret_cast<unsigned char*>(table));
     g_wrapped.NewStringUTF = NewStringUTF;
+    g_wrapped.NewIntArray = NewIntArray;
     g_wrapped.GetStringUTFChars = GetStringUTFChars;
     g_wrapped.ReleaseStringUTFChars = ReleaseStringUTFChars;
+#define KXTEST_WRAP(Type)                                          \
+    g_wrapped.Get##Type##ArrayElements = Get##Type##ArrayElements; \
+    g_wrapped.Release##Type##ArrayElements = Release##Type##ArrayElements;
+    KXTEST_WRAP(Boolean)
+    KXTEST_WRAP(Byte)
+    KXTEST_WRAP(Char)
+    KXTEST_WRAP(Short)
+    KXTEST_WRAP(Int)
+    KXTEST_WRAP(Long)
+    KXTEST_WRAP(Float)
+    KXTEST_WRAP(Double)
+#undef KXTEST_WRAP
     if (jvmti->SetJNIFunctionTable(&g_wrapped) != JVMTI_ERROR_NONE) {
         std::fprintf(stderr, "text agent: cannot replace the JNI function table\n");
         std::abort();
@@ -134,6 +301,9 @@ extern "C" JNIEXPORT jint JNICALL Agent_OnLoad(JavaVM* vm, char* /*options*/, vo
     if (jvmti->AddCapabilities(&tagging) != JVMTI_ERROR_NONE) return JNI_ERR;
     g_jvmti = jvmti;
     g_state.localReferences = LocalReferences;
+    g_state.takeLoans = TakeLoans;
+    g_state.stageFailures = StageFailures;
+    g_state.stagedFailures = StagedFailures;
     jvmtiEventCallbacks callbacks{};
     callbacks.VMInit = OnVmInit;
     if (jvmti->SetEventCallbacks(&callbacks, sizeof(callbacks)) != JVMTI_ERROR_NONE ||
