@@ -9,6 +9,7 @@ import java.util.Arrays;
 import java.util.List;
 import java.util.Objects;
 import java.util.function.Predicate;
+import java.util.stream.IntStream;
 
 /**
  * The factory-test sequence of {@code ./mmi run}, as data: one step per request, in the order a
@@ -103,10 +104,7 @@ final class FactorySequence {
     static final String FPS_FAILED = "FAILED:getDisplayFpsConfig";
 
     static List<Step> steps() {
-        int[] rawPressure = new int[16];
-        for (int i = 0; i < rawPressure.length; i++) {
-            rawPressure[i] = 1000 + 25 * i;
-        }
+        int[] rawPressure = IntStream.range(0, 16).map(i -> 1000 + 25 * i).toArray();
         return List.of(
                 // Power and USB first: a device that cannot report its battery is not tested further.
                 step("getPowerStateNative", form("NAME=VALUE,...", "[a-z_]+=[^,=]*(,[a-z_]+=[^,=]*)*"), "battery"),

@@ -4,6 +4,7 @@ import java.io.PrintWriter;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import java.util.stream.IntStream;
 
 /**
  * A table printed row by row as results come in, so its column widths are settled up front from
@@ -30,10 +31,7 @@ final class Table {
         this.out = out;
         this.terminal = terminal;
         this.full = full;
-        int[] wanted = new int[header.length];
-        for (int c = 0; c < header.length; c++) {
-            wanted[c] = Math.max(natural[c], header[c].length());
-        }
+        int[] wanted = IntStream.range(0, header.length).map(c -> Math.max(natural[c], header[c].length())).toArray();
         int available = terminal.width() - INDENT.length() - GAP.length() * (header.length - 1);
         // Verbose rows keep the layout but cut no cell: one wider than its column runs on, and the
         // columns after it give up their alignment rather than pad every row to the widest cell.
