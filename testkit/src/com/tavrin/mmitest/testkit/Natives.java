@@ -10,8 +10,8 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.security.CodeSource;
 import java.util.Arrays;
-import java.util.LinkedHashMap;
 import java.util.Map;
+import java.util.TreeMap;
 import java.util.stream.Collectors;
 
 /** The natives of an app's class, and those the library binds: the kit's own copy of the class in mmi-app-api.jar. */
@@ -26,9 +26,9 @@ final class Natives {
                 + Arrays.stream(method.getParameterTypes()).map(Class::getTypeName).collect(Collectors.joining(", ", "(", ")"));
     }
 
-    /** The class's natives, by name. */
+    /** The class's natives, by name in alphabetical order. */
     static Map<String, String> of(Class<?> manager) {
-        Map<String, String> natives = new LinkedHashMap<>();
+        Map<String, String> natives = new TreeMap<>();
         for (Method m : manager.getDeclaredMethods()) {
             if (Modifier.isNative(m.getModifiers())) {
                 natives.put(m.getName(), signature(m));
