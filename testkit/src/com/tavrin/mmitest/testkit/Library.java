@@ -63,8 +63,12 @@ final class Library {
             Throwable cause = e instanceof ExceptionInInitializerError && e.getCause() != null ? e.getCause() : e;
             requireOneFolder();
             String natives = nativesMismatch(manager);
-            throw new IllegalStateException("cannot load libKxMMI_jni for " + MANAGER + ": "
-                    + (natives != null ? natives : cause + "; " + libraryPathHint()));
+            if (natives == null) {
+                // Without the kit's copy of the class, the JVM's own words name the method.
+                natives = cause instanceof NoSuchMethodError ? cause.getMessage() + "; declare the natives as in the "
+                        + "kit's mmi-app-api.jar" : cause + "; " + libraryPathHint();
+            }
+            throw new IllegalStateException("cannot load libKxMMI_jni for " + MANAGER + ": " + natives);
         }
         requireOneFolder();
         Waits.within(Device.defaultWaitLimit(), "the library to connect the services after loading",
