@@ -23,7 +23,7 @@ import java.util.stream.Collectors;
  *
  * <p>Everything a test changes here lasts until the test ends. A {@code Device} used outside its
  * test (in {@code @BeforeAll}, or kept after the test) throws {@link IllegalStateException}.
- * Services and operations are named as in the table of the package description; an operation is
+ * Services and operations are named as the tables of the overview page name them; an operation is
  * written {@code "SERVICE.OPERATION"}, such as {@code "sensors.startSensorSelfTest"}.
  *
  * <p>Every wait ends: {@link #kill}, {@link #revive}, {@link #waitForRestarts()} and the reset
@@ -304,21 +304,25 @@ public final class Device {
      * @throws AssertionError when no such call came within the timeout, listing the calls that did
      * @throws IllegalArgumentException for an unknown service or operation
      */
-    public synchronized Call awaitCall(String operation, Duration timeout) {
+    public Call awaitCall(String operation, Duration timeout) {
         String call = "awaitCall(" + quote(operation) + ", " + timeout + ")";
         requireActive(call);
         Catalogue.Operation op = Names.operation(call, operation);
         long end = System.nanoTime() + timeout.toNanos();
         while (true) {
-            record();
-            for (int i = callsAwaited; i < calls.size(); i++) {
-                if (matches(calls.get(i), op)) {
-                    callsAwaited = i + 1;
-                    return calls.get(i);
+            // The lock is held only to look, so that other threads may use the device meanwhile.
+            synchronized (this) {
+                requireActive(call);
+                record();
+                for (int i = callsAwaited; i < calls.size(); i++) {
+                    if (matches(calls.get(i), op)) {
+                        callsAwaited = i + 1;
+                        return calls.get(i);
+                    }
                 }
-            }
-            if (System.nanoTime() - end >= 0) {
-                throw new AssertionError(call + ": no call of " + operation + " came; the test's calls: " + calls);
+                if (System.nanoTime() - end >= 0) {
+                    throw new AssertionError(call + ": no call of " + operation + " came; the test's calls: " + calls);
+                }
             }
             pause(call);
         }
@@ -330,21 +334,24 @@ public final class Device {
      *
      * @throws AssertionError when no such line came within the timeout, listing the lines that did
      */
-    public synchronized LogLine awaitLog(Predicate<LogLine> predicate, Duration timeout) {
+    public LogLine awaitLog(Predicate<LogLine> predicate, Duration timeout) {
         String call = "awaitLog(..., " + timeout + ")";
         requireActive(call);
         Objects.requireNonNull(predicate, "predicate");
         long end = System.nanoTime() + timeout.toNanos();
         while (true) {
-            record();
-            for (int i = logsAwaited; i < logs.size(); i++) {
-                if (predicate.test(logs.get(i))) {
-                    logsAwaited = i + 1;
-                    return logs.get(i);
+            synchronized (this) {
+                requireActive(call);
+                record();
+                for (int i = logsAwaited; i < logs.size(); i++) {
+                    if (predicate.test(logs.get(i))) {
+                        logsAwaited = i + 1;
+                        return logs.get(i);
+                    }
                 }
-            }
-            if (System.nanoTime() - end >= 0) {
-                throw new AssertionError(call + ": no matching log line came; the test's lines: " + logs);
+                if (System.nanoTime() - end >= 0) {
+                    throw new AssertionError(call + ": no matching log line came; the test's lines: " + logs);
+                }
             }
             pause(call);
         }
