@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <chrono>
 #include <iterator>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -23,16 +22,6 @@ SimDevice& Device() {
     // Never destroyed: Java threads may still call in while the process exits.
     static SimDevice* device = new SimDevice();
     return *device;
-}
-
-struct TakenPositions {
-    std::mutex lock;
-    std::vector<jint> positions;
-};
-
-TakenPositions& taken_positions() {
-    static TakenPositions* t = new TakenPositions();
-    return *t;
 }
 
 void Throw(JNIEnv* env, const char* exception_class, const std::string& message) {
@@ -568,31 +557,9 @@ JNIEXPORT jboolean JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_waitIdle(
 
 JNIEXPORT jobjectArray JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_takeCalls(JNIEnv* env,
                                                                                      jclass) {
-    // Taking the calls and keeping their positions is one step, so that takeCallPositions
-    // matches the takeCalls that came just before it.
-    TakenPositions& taken = taken_positions();
-    std::lock_guard<std::mutex> lock(taken.lock);
-    std::vector<simdevice::Call> calls = Device().TakeCalls();
     std::vector<std::string> texts;
-    taken.positions.clear();
-    for (const simdevice::Call& call : calls) {
-        texts.push_back(call.Text());
-        taken.positions.push_back(static_cast<jint>(call.position));
-    }
+    for (const simdevice::Call& call : Device().TakeCalls()) texts.push_back(call.Text());
     return ToJavaArray(env, texts);
-}
-
-JNIEXPORT jintArray JNICALL
-Java_com_tavrin_mmitest_sim_SimulatedDevice_takeCallPositions(JNIEnv* env, jclass) {
-    TakenPositions& taken = taken_positions();
-    std::lock_guard<std::mutex> lock(taken.lock);
-    jintArray array = env->NewIntArray(static_cast<jsize>(taken.positions.size()));
-    if (array == nullptr) return nullptr;
-    if (!taken.positions.empty()) {
-        env->SetIntArrayRegion(array, 0, static_cast<jsize>(taken.positions.size()),
-                               taken.positions.data());
-    }
-    return array;
 }
 
 JNIEXPORT void JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_captureLogs(JNIEnv*, jclass) {
@@ -674,18 +641,6 @@ Java_com_tavrin_mmitest_sim_SimulatedDevice_operations(JNIEnv* env, jclass, jstr
         names.push_back(info.name);
     }
     return ToJavaArray(env, names);
-}
-
-JNIEXPORT jobjectArray JNICALL Java_com_tavrin_mmitest_sim_SimulatedDevice_shapes(JNIEnv* env,
-                                                                                  jclass,
-                                                                                  jstring service) {
-    std::optional<Service> s = ServiceArg(env, service);
-    if (!s) return nullptr;
-    std::vector<std::string> shapes;
-    for (const simdevice::OperationInfo& info : SimDevice::Operations(*s)) {
-        shapes.push_back(info.Shape());
-    }
-    return ToJavaArray(env, shapes);
 }
 
 }  // extern "C"

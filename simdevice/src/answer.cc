@@ -101,13 +101,20 @@ class Parser {
         if (c == '"') return ReadString();
         if (c == '[') return ReadVector();
         if (text_.substr(pos_, kBytes.size()) == kBytes) return ReadBytes();
-        return ReadBare();
+        std::string_view word = BareWord();
+        for (auto [name, value] : {std::pair<std::string_view, bool>{"true", true},
+                                   std::pair<std::string_view, bool>{"false", false}}) {
+            if (word == name) {
+                pos_ += word.size();
+                return Answer::Value(value);
+            }
+        }
+        return ReadBare(word);
     }
 
-    // Anything else up to the next comma outside quotes and brackets, as a shell leaves a value
-    // whose quotes it took: true, false, an integer, or else the text itself.
-    std::optional<Answer::Value> ReadBare() {
-        size_t start = pos_;
+    // Anything else up to the next comma outside quotes and brackets, trailing space left out, as
+    // a shell leaves a value whose quotes it took.
+    std::string_view BareWord() const {
         int depth = 0;
         size_t end = pos_;
         for (; end < text_.size(); ++end) {
@@ -125,13 +132,14 @@ class Parser {
                 break;
             }
         }
-        std::string_view word = text_.substr(start, std::min(end, text_.size()) - start);
+        std::string_view word = text_.substr(pos_, std::min(end, text_.size()) - pos_);
         while (!word.empty() && IsSpace(word.back())) word.remove_suffix(1);
+        return word;
+    }
+
+    // A bare word: true, false, an integer, or else the text itself.
+    std::optional<Answer::Value> ReadBare(std::string_view word) {
         if (word.empty()) return Error("expected a value");
-        if (word == "true" || word == "false") {
-            pos_ = start + word.size();
-            return Answer::Value(word == "true");
-        }
         if (IsNumber(word)) {
             if (word.find_first_of(".eE") != std::string_view::npos) {
                 return Error("not an integer: '" + std::string(word) + "'");
@@ -141,7 +149,7 @@ class Parser {
             return Answer::Value(*v);
         }
         if (word == "null") return Error("null is not a value; an empty text is \"\"");
-        pos_ = start + word.size();
+        pos_ += word.size();
         return Answer::Value(std::string(word));
     }
 

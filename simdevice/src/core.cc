@@ -1,4 +1,4 @@
-// The shared state of one device: answers, the call record and typed copies of what arrived.
+// The shared state of one device: answers, delays and the call record.
 #include <hidl/HostTransport.h>
 
 #include <algorithm>
@@ -146,15 +146,6 @@ Answer Core::Serve(Service service, const char* operation, std::vector<Arg> args
     std::unique_lock<std::mutex> lock(lock_);
     if (calls_.size() >= kMaxCalls) calls_.pop_front();
     calls_.push_back(std::move(call));
-    for (Arg& arg : args) {
-        if (auto* v = std::get_if<::android::hardware::hidl_vec<int32_t>>(&arg)) {
-            last_vectors_[&info] = *v;
-        } else if (auto* m = std::get_if<FmdMsg>(&arg)) {
-            last_msg_ = std::move(*m);
-        } else if (auto* o = std::get_if<FmdOperation>(&arg)) {
-            last_operation_ = std::move(*o);
-        }
-    }
     std::optional<int64_t> key;
     if (!args.empty() && std::holds_alternative<int32_t>(args[0])) key = std::get<int32_t>(args[0]);
     Answer answer = HealthyAnswer(info, key);
@@ -265,28 +256,6 @@ std::vector<Call> Core::TakeCalls() {
 void Core::ClearRecords() {
     std::lock_guard<std::mutex> lock(lock_);
     calls_.clear();
-    last_vectors_.clear();
-    last_msg_.reset();
-    last_operation_.reset();
-}
-
-std::optional<std::vector<int32_t>> Core::LastVector(Service service,
-                                                     std::string_view operation) const {
-    const OperationInfo* info = SimDevice::FindOperation(service, operation);
-    std::lock_guard<std::mutex> lock(lock_);
-    auto it = last_vectors_.find(info);
-    if (it == last_vectors_.end()) return std::nullopt;
-    return it->second;
-}
-
-std::optional<FmdMsg> Core::LastFmdMsg() const {
-    std::lock_guard<std::mutex> lock(lock_);
-    return last_msg_;
-}
-
-std::optional<FmdOperation> Core::LastFmdOperation() const {
-    std::lock_guard<std::mutex> lock(lock_);
-    return last_operation_;
 }
 
 }  // namespace internal

@@ -5,6 +5,7 @@
 #include <android/hidl/base/1.0/IBase.h>
 #include <hidl/HidlSupport.h>
 #include <simdevice/sim_device.h>
+#include <vendor/tavrin/hardware/kxfactoryinterface/1.0/types.h>
 
 #include <atomic>
 #include <deque>
@@ -45,7 +46,7 @@ std::string ExplainRefusal(std::string_view text, const std::string& error);
 // The healthy answer to a call whose first argument, if an integer, is key.
 const Answer& HealthyAnswer(const OperationInfo& info, std::optional<int64_t> key);
 
-// The state every service object of one device shares: answers, records, typed copies. Service
+// The state every service object of one device shares: answers, delays, the call record. Service
 // objects keep it alive while a call is in progress, so a device may go away under a call.
 class Core {
   public:
@@ -62,11 +63,6 @@ class Core {
     void ResetAnswers();
     std::vector<Call> TakeCalls();
     void ClearRecords();
-
-    std::optional<std::vector<int32_t>> LastVector(Service service,
-                                                   std::string_view operation) const;
-    std::optional<FmdMsg> LastFmdMsg() const;
-    std::optional<FmdOperation> LastFmdOperation() const;
 
     // What a crash in the middle of a call does to the device; none: nothing beyond the failed
     // call. Clearing it waits for a crash under way to finish.
@@ -89,9 +85,6 @@ class Core {
     std::map<const OperationInfo*, Sequence> programmed_;
     std::map<const OperationInfo*, int64_t> delays_;
     std::deque<Call> calls_;
-    std::map<const OperationInfo*, std::vector<int32_t>> last_vectors_;
-    std::optional<FmdMsg> last_msg_;
-    std::optional<FmdOperation> last_operation_;
 };
 
 // A service object as the device manages it.

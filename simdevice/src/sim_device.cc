@@ -396,21 +396,6 @@ void SimDevice::ResetAnswers() { core_->ResetAnswers(); }
 
 std::vector<Call> SimDevice::TakeCalls() { return core_->TakeCalls(); }
 
-std::optional<std::vector<int32_t>> SimDevice::LastVector(Service service,
-                                                          std::string_view operation) const {
-    return core_->LastVector(service, operation);
-}
-
-std::optional<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdMsg> SimDevice::LastFmdMsg()
-    const {
-    return core_->LastFmdMsg();
-}
-
-std::optional<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation>
-SimDevice::LastFmdOperation() const {
-    return core_->LastFmdOperation();
-}
-
 void SimDevice::Reset() {
     {
         std::lock_guard<std::mutex> lock(schedule_->lock);

@@ -135,14 +135,15 @@ class SimulatedDeviceTest {
         assertTrue(SimulatedDevice.setDelay("light", "setBrightness", 1).contains("no operation"));
     }
 
-    /** A crash restarting while another service stays killed: the wait runs out and names it. */
+    /** A crashed service returning while another stays killed: the wait runs out and names it. */
     @Test
     void restartWaitRunsOutWhileTheReconnectWaitsForAKilledService() {
-        SimulatedDevice.setRestartDelay(0);
+        SimulatedDevice.setRestartDelay(-1);
         assertNull(SimulatedDevice.programSequence("light", "setLightBrightness", "crash", "0"));
         assertEquals(-1, MmiNativeManager.setLightBrightnessNative(1, 2));
         SimulatedDevice.kill("power");
-        assertFalse(SimulatedDevice.waitRestarts(1500));
+        assertTrue(SimulatedDevice.reviveAfter("light", 0));
+        assertFalse(SimulatedDevice.waitRestarts(1500), "the reconnect looks up the killed power");
         assertTrue(SimulatedDevice.waitingFor().contains("power"), SimulatedDevice::waitingFor);
         assertTrue(SimulatedDevice.reviveAfter("power", 100));
         assertEquals(List.of("power"), SimulatedDevice.pendingRegistrations());

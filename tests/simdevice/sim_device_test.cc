@@ -392,7 +392,7 @@ TEST(SimDevice, DelayedOperationsAnswerLate) {
     sp<Power> power = Power::getService("default");
     ASSERT_NE(power, nullptr);
     std::string error;
-    ASSERT_TRUE(device.SetDelay(Service::kPower, "setPowerState", 300, &error)) << error;
+    ASSERT_TRUE(device.SetDelay(Service::kPower, "setPowerState", 1000, &error)) << error;
     EXPECT_FALSE(device.SetDelay(Service::kPower, "setPower", 300, &error));
     EXPECT_NE(error.find("power has no operation \"setPower\""), std::string::npos) << error;
     Clock::time_point start = Clock::now();
@@ -404,7 +404,7 @@ TEST(SimDevice, DelayedOperationsAnswerLate) {
         << "the call was recorded, and is still to be answered";
     ASSERT_EQ(late.wait_for(kBound), std::future_status::ready);
     EXPECT_TRUE(late.get().isOk());
-    EXPECT_GE(MsSince(start), 300);
+    EXPECT_GE(MsSince(start), 1000);
     ASSERT_TRUE(device.SetDelay(Service::kPower, "setPowerState", 5000, &error));
     device.Reset();
     start = Clock::now();

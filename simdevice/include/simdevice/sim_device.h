@@ -9,8 +9,6 @@
 #ifndef SIMDEVICE_SIM_DEVICE_H
 #define SIMDEVICE_SIM_DEVICE_H
 
-#include <vendor/tavrin/hardware/kxfactoryinterface/1.0/types.h>
-
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -241,12 +239,6 @@ class SimDevice {
 
     // Every call recorded since the last take, oldest first. The record keeps the newest 65536.
     std::vector<Call> TakeCalls();
-    // The last vector, FmdMsg and FmdOperation that reached the services, as received.
-    std::optional<std::vector<int32_t>> LastVector(Service service,
-                                                   std::string_view operation) const;
-    std::optional<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdMsg> LastFmdMsg() const;
-    std::optional<::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation>
-    LastFmdOperation() const;
 
     // Back to a started healthy device: default answers, no configuration (restart delay the
     // default, nothing left to register later), no records, every

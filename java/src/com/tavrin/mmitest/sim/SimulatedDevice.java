@@ -174,13 +174,11 @@ public final class SimulatedDevice {
     private static native Call[] takeCallArray();
 
     /**
-     * Old form, kept for the console until it moves to records (use takeCallRecords()):
+     * Old form, kept for the kit until it moves to records (use takeCallRecords()):
      * "service.operation(args)" for each call received since the last take, oldest first.
      */
     public static native String[] takeCalls();
 
-    /** Old form, unused: positions of the calls the last takeCalls() returned, in the same order. */
-    public static native int[] takeCallPositions();
 
     /** Captures every platform log line from now on, verbose included. */
     public static native void captureLogs();
@@ -196,7 +194,7 @@ public final class SimulatedDevice {
     private static native LogLine[] takeLogArray();
 
     /**
-     * Old form, kept for the console until it moves to records (use takeLogLines()): captured
+     * Old form, kept for the kit until it moves to records (use takeLogLines()): captured
      * lines since the last take as "P TEXT", P one of V D I W E F; oldest first. TEXT is the
      * message as written, trailing newline included, after "TAG: " when the line has a tag (the
      * platform's own lines do; the library's have none).
@@ -204,17 +202,11 @@ public final class SimulatedDevice {
     public static native String[] takeLogs();
 
     /**
-     * Old form, kept for the console until it moves to the catalogue (use
+     * Old form, kept for the kit until it moves to the catalogue (use
      * catalogue().service(name)): names of the service's operations that the native library
      * calls, in position order.
      */
     public static native String[] operations(String service);
-
-    /**
-     * Old form, kept for the console until it moves to the catalogue (use Catalogue.Operation's
-     * shape()): what each operation of operations(service) answers, in the same order.
-     */
-    public static native String[] shapes(String service);
 
     /** The device's own description of itself: services, operations, answers, answer grammar. */
     public static Catalogue catalogue() {
