@@ -62,10 +62,10 @@ public final class Device {
      * @param answers each one value ({@code "5"}, {@code "true"}, {@code "\"60,90\""}); the values
      *     the operation hands to its callback, separated by commas ({@code "3,\"open at 4\""};
      *     missing trailing values become 0, false, "" or []); texts as JSON strings, as
-     *     {@code bytes:HEX} or as a bare word; {@code "nocallback"} (the service returns without
-     *     calling back), {@code "transport-error"} (the call fails in the middle) or
-     *     {@code "crash"} (the service dies in the middle of the call, and registers again after
-     *     the {@linkplain #restartDelay restart delay}, see {@link #waitForRestarts()})
+     *     {@code bytes:HEX} or as a bare word; or one of the device's keywords, which the
+     *     overview's table of answer forms lists: {@code "crash"}, for one, kills the service in
+     *     the middle of the call, and it registers again after the
+     *     {@linkplain #restartDelay restart delay} (see {@link #waitForRestarts()})
      * @throws IllegalArgumentException for an unknown service or operation, no answer, or an
      *     answer the operation cannot give; the message names what is accepted
      */
