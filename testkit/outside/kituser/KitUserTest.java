@@ -5,6 +5,8 @@ import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.tavrin.mmitest.controller.MmiNativeManager;
+import com.tavrin.mmitest.sim.Call;
+import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.testkit.Device;
 import com.tavrin.mmitest.testkit.SimulatedDeviceExtension;
 
@@ -21,14 +23,16 @@ class KitUserTest {
         assertEquals("capacity=85,status=charging", MmiNativeManager.getPowerStateNative("battery"));
         device.answer("power.getPowerState", "0,\"capacity=12,status=discharging\"");
         assertEquals("capacity=12,status=discharging", MmiNativeManager.getPowerStateNative("battery"));
-        assertEquals(List.of("power.getPowerState(\"battery\")", "power.getPowerState(\"battery\")"), device.calls());
+        assertEquals(List.of(List.of("battery"), List.of("battery")),
+                device.calls("power.getPowerState").stream().map(Call::arguments).toList());
     }
 
     @Test
     void deadPowerServiceAnswersNothingUntilRevived(Device device) {
         device.kill("power");
         assertEquals("", MmiNativeManager.getPowerStateNative("battery"));
-        assertTrue(device.logs().contains("E KxMMITest_jni: GetPowerState fail, g_kxPower is null"), device.logs()::toString);
+        assertTrue(device.logs().contains(new LogLine('E', "", "KxMMITest_jni: GetPowerState fail, g_kxPower is null")),
+                device.logs()::toString);
         device.revive("power");
         assertEquals("capacity=85,status=charging", MmiNativeManager.getPowerStateNative("battery"));
     }

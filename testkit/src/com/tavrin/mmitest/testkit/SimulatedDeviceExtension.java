@@ -1,7 +1,12 @@
 package com.tavrin.mmitest.testkit;
 
+import com.tavrin.mmitest.sim.Call;
+import com.tavrin.mmitest.sim.SimulatedDevice;
+
+import java.util.List;
 import java.util.concurrent.ForkJoinPool;
 import java.util.concurrent.Semaphore;
+import java.util.stream.Collectors;
 
 import org.junit.jupiter.api.extension.BeforeEachCallback;
 import org.junit.jupiter.api.extension.ExtensionContext;
@@ -24,21 +29,46 @@ import org.junit.jupiter.api.extension.ParameterResolver;
  * each holds a process-wide lock from before its {@code @BeforeEach} methods until after its
  * {@code @AfterEach} methods. With JUnit's parallel execution turned on, they still run one at a
  * time while other tests run beside them.
+ *
+ * <p>Calls that reach the device while no such test holds it are stray: made by a test without
+ * this extension, or by a thread that outlived its test. The next test that uses the extension
+ * fails before it runs, naming them. Calls made by another test, or by a leftover thread, while a
+ * test holds the device cannot be told apart from that test's own: in a parallel run, every test
+ * that calls the library must use this extension.
  */
 public final class SimulatedDeviceExtension implements BeforeEachCallback, ParameterResolver {
     private static final Namespace NAMESPACE = Namespace.create(SimulatedDeviceExtension.class);
     private static final Semaphore TURN = new Semaphore(1, true);
 
-    /** Loads the library once, waits for this test's turn and resets the device. */
+    /** The most stray calls a message lists. */
+    private static final int STRAY_SHOWN = 10;
+
+    /**
+     * Loads the library once, waits for this test's turn, reports stray calls and resets the
+     * device.
+     */
     @Override
     public void beforeEach(ExtensionContext context) throws InterruptedException {
         ExtensionContext.Store store = context.getStore(NAMESPACE);
         if (store.get(Turn.class) != null) {
             return;  // registered twice on the same test
         }
-        Device.StaticFields fields = Library.load(context.getRequiredTestClass().getClassLoader());
-        store.put(Turn.class, Turn.take());
-        Device.INSTANCE.begin(fields);
+        Library.StaticFields fields = Library.load(context.getRequiredTestClass().getClassLoader());
+        Turn turn = Turn.take();
+        store.put(Turn.class, turn);
+        List<Call> stray = SimulatedDevice.takeCallRecords();
+        turn.device = Device.begin(fields);
+        if (!stray.isEmpty()) {
+            throw new IllegalStateException(strayMessage(stray));
+        }
+    }
+
+    static String strayMessage(List<Call> stray) {
+        return stray.size() + " stray call" + (stray.size() == 1 ? "" : "s") + " reached the simulated device "
+                + "from outside a test of SimulatedDeviceExtension (a test without the extension, or a thread that "
+                + "outlived its test): " + stray.stream().limit(STRAY_SHOWN).map(Call::toString).collect(Collectors.joining(", "))
+                + (stray.size() > STRAY_SHOWN ? ", ..." : "") + ". Add @ExtendWith(SimulatedDeviceExtension.class) to "
+                + "every test class that calls the library, and end the threads a test starts before it returns";
     }
 
     @Override
@@ -48,11 +78,18 @@ public final class SimulatedDeviceExtension implements BeforeEachCallback, Param
 
     @Override
     public Object resolveParameter(ParameterContext parameter, ExtensionContext context) {
-        return Device.INSTANCE;
+        Turn turn = context.getStore(NAMESPACE).get(Turn.class, Turn.class);
+        if (turn == null || turn.device == null) {
+            throw new org.junit.jupiter.api.extension.ParameterResolutionException("a Device is handed to test "
+                    + "methods and their @BeforeEach/@AfterEach methods only");
+        }
+        return turn.device;
     }
 
     /** One test's hold on the device; JUnit closes it when the test's context closes. */
     private static final class Turn implements CloseableResource {
+        Device device;
+
         static Turn take() throws InterruptedException {
             // A parallel run's worker threads belong to a fork-join pool, which may add a worker
             // while this one waits.
@@ -73,7 +110,11 @@ public final class SimulatedDeviceExtension implements BeforeEachCallback, Param
 
         @Override
         public void close() {
-            Device.INSTANCE.end();
+            if (device != null) {
+                device.end();
+            }
+            // What the test's calls left unread is its own, not stray.
+            SimulatedDevice.takeCallRecords();
             TURN.release();
         }
     }

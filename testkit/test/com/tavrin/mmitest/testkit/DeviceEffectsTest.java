@@ -4,6 +4,8 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.tavrin.mmitest.controller.MmiNativeManager;
+import com.tavrin.mmitest.sim.Call;
+import com.tavrin.mmitest.sim.LogLine;
 
 import java.util.List;
 import java.util.function.Consumer;
@@ -59,7 +61,7 @@ class DeviceEffectsTest {
         assertEquals("", MmiNativeManager.getPowerStateNative("battery"));
         device.waitForRestarts();
         assertEquals("KX2611220001A7", MmiNativeManager.getBsnNative());
-        assertTrue(device.logs().contains("W KxMMITest_jni: ProcessServiceDied, cookie is:5"), device.logs()::toString);
+        assertTrue(Texts.of(device.logs()).contains("W KxMMITest_jni: ProcessServiceDied, cookie is:5"), device.logs()::toString);
     }
 
     private static Arguments change(String name, Consumer<Device> change, Supplier<Object> request, Object answer,
@@ -73,8 +75,8 @@ class DeviceEffectsTest {
             String lastLog, boolean othersConnected, Device device) {
         change.accept(device);
         assertEquals(answer, request.get());
-        List<String> logs = device.logs();
-        assertEquals(lastLog, logs.get(logs.size() - 1));
+        List<LogLine> logs = device.logs();
+        assertEquals(lastLog, logs.get(logs.size() - 1).toString());
         // Only a death releases every handle; a missing or older service leaves the others connected.
         assertEquals(othersConnected ? "KX2611220001A7" : "", MmiNativeManager.getBsnNative());
     }
@@ -84,22 +86,22 @@ class DeviceEffectsTest {
         MmiNativeManager.getBsnNative();
         device.absent("light");
         device.onlyV10("display");
-        assertEquals(List.of("factory.getFactoryInfo(0)"), device.calls());
-        assertEquals(List.of("D KxMMITest_jni: GetBsn, ret: 0"), device.logs());
+        assertEquals(List.of("factory.getFactoryInfo(0)"), Texts.of(device.calls()));
+        assertEquals(List.of("D KxMMITest_jni: GetBsn, ret: 0"), Texts.of(device.logs()));
     }
 
     @Test
     void killAndReviveReturnOnceTheLibraryHasSeenTheReports(Device device) {
         device.kill("sensors");
-        List<String> atKill = device.logs();
+        List<String> atKill = Texts.of(device.logs());
         assertTrue(atKill.contains("D KxMMITest_jni: ExitMmiNativeManager"), atKill::toString);
         device.revive("sensors");
-        List<String> atRevive = device.logs().subList(atKill.size(), device.logs().size());
+        List<String> atRevive = Texts.of(device.logs()).subList(atKill.size(), device.logs().size());
         assertTrue(atRevive.contains("D KxMMITest_jni: InitMmiNativeManager"), atRevive::toString);
-        assertEquals(List.of(new LogLine('W', "KxMMITest_jni: ProcessServiceDied, cookie is:4")),
-                device.logLines().stream().filter(l -> l.text().contains("ServiceDied")).toList());
+        assertEquals(List.of(new LogLine('W', "", "KxMMITest_jni: ProcessServiceDied, cookie is:4")),
+                device.logs().stream().filter(l -> l.text().contains("ServiceDied")).toList());
         assertEquals(3000, MmiNativeManager.getSensorSelfTestDelayTimeNative(1));
-        List<Call> calls = device.callRecords();
-        assertEquals(new Call("sensors", "getSensorSelfTestDelayTime", "1"), calls.get(calls.size() - 1));
+        List<Call> calls = device.calls();
+        assertEquals("sensors.getSensorSelfTestDelayTime(1)", calls.get(calls.size() - 1).toString());
     }
 }

@@ -3,6 +3,7 @@ package com.tavrin.mmitest.testkit;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import java.time.Duration;
 import java.util.List;
 import java.util.function.Consumer;
 import java.util.stream.Stream;
@@ -46,7 +47,20 @@ class DeviceErrorsTest {
                 refused("revive an absent service", d -> {
                     d.absent("light");
                     d.revive("light");
-                }, IllegalStateException.class, "revive(\"light\"): light is absent in this test"));
+                }, IllegalStateException.class, "revive(\"light\"): light is absent in this test"),
+                refused("no answer", d -> d.answer("power.getPowerState"), IllegalArgumentException.class,
+                        "give at least one answer", "transport-error"),
+                refused("a later answer of a sequence", d -> d.answer("sensors.startSensorSelfTest", "0", "\"x\""),
+                        IllegalArgumentException.class, "answer(\"sensors.startSensorSelfTest\", \"0\", \"\"x\"\")",
+                        "int32"),
+                refused("negative delay", d -> d.delay("power.getPowerState", Duration.ofMillis(-1)),
+                        IllegalArgumentException.class, "zero or more"),
+                refused("unknown operation awaited", d -> d.awaitCall("power.getState", Duration.ofSeconds(5)),
+                        IllegalArgumentException.class, "power has no operation \"getState\"", "getPowerState"),
+                refused("nothing that could restart", Device::waitForRestarts, IllegalStateException.class,
+                        "waitForRestarts(): nothing in this test can restart"),
+                refused("zero wait limit", d -> d.waitLimit(Duration.ZERO), IllegalArgumentException.class,
+                        "positive"));
     }
 
     private static Arguments refused(String name, Consumer<Device> use, Class<? extends RuntimeException> type,
@@ -73,6 +87,6 @@ class DeviceErrorsTest {
     static void deviceIsRefusedOutsideItsTest() {
         String message = assertThrows(IllegalStateException.class, () -> kept.answer("power.getPowerState", "0"))
                 .getMessage();
-        assertTrue(message.contains("running test of SimulatedDeviceExtension"), message);
+        assertTrue(message.contains("belongs to a test of SimulatedDeviceExtension that has ended"), message);
     }
 }

@@ -6,6 +6,7 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.tavrin.mmitest.controller.MmiNativeManager;
 
+import java.time.Duration;
 import java.util.List;
 
 import org.junit.jupiter.api.MethodOrderer.OrderAnnotation;
@@ -30,6 +31,8 @@ class ResetBetweenTestsTest {
         device.absent("light");
         device.kill("power");
         assertEquals("", MmiNativeManager.getBsnNative());
+        device.delay("sensors.getSensorSelfTestDelayTime", Duration.ofSeconds(6));
+        device.answer("factory.getFactoryInfo", "crash", "5,\"late\"");
     }
 
     /** Alone, so that no death or registration would make the library forget. */
@@ -45,6 +48,10 @@ class ResetBetweenTestsTest {
     void findsAHealthyConnectedDevice(Device device) {
         assertEquals(List.of(), device.calls());
         assertEquals(List.of(), device.logs());
+        // No staged timing left: the delayed operation answers at once, a crash restarts in 300 ms.
+        long start = System.nanoTime();
+        assertEquals(3000, MmiNativeManager.getSensorSelfTestDelayTimeNative(1));
+        assertTrue(System.nanoTime() - start < Duration.ofSeconds(3).toNanos(), "the delay of the test before is gone");
         assertEquals("", MmiNativeManager.sTpCapacitanceFailInfo);
 
         device.answer("touchscreen.isTpPressureSupported", "false");
@@ -54,8 +61,8 @@ class ResetBetweenTestsTest {
         assertEquals(0, MmiNativeManager.setLightBrightnessNative(1, 100));
         assertEquals("capacity=85,status=charging", MmiNativeManager.getPowerStateNative("battery"));
         assertEquals("KX2611220001A7", MmiNativeManager.getBsnNative());
-        assertEquals(List.of("touchscreen.isTpPressureSupported()", "sensors.startSensorSelfTest(1, 1)",
-                "display.setDisplayFps(2)", "light.setLightBrightness(1, 100)", "power.getPowerState(\"battery\")",
-                "factory.getFactoryInfo(0)"), device.calls());
+        assertEquals(List.of("sensors.getSensorSelfTestDelayTime(1)", "touchscreen.isTpPressureSupported()",
+                "sensors.startSensorSelfTest(1, 1)", "display.setDisplayFps(2)", "light.setLightBrightness(1, 100)",
+                "power.getPowerState(\"battery\")", "factory.getFactoryInfo(0)"), Texts.of(device.calls()));
     }
 }

@@ -7,6 +7,7 @@ import com.tavrin.mmitest.example.SensorSelfTest.Verdict;
 import com.tavrin.mmitest.testkit.Device;
 import com.tavrin.mmitest.testkit.SimulatedDeviceExtension;
 
+import java.time.Duration;
 import java.util.ArrayList;
 import java.util.List;
 
@@ -25,11 +26,27 @@ class SensorSelfTestTest {
         assertEquals(new Outcome(Verdict.PASS, "self-test passed"), selfTest.run(1));
         assertEquals(List.of(3000), waits);
         assertEquals(List.of("sensors.getSensorSelfTestDelayTime(1)", "sensors.startSensorSelfTest(1, 1)",
-                "sensors.getSensorSelfTestResult(1)"), device.calls());
+                "sensors.getSensorSelfTestResult(1)"), texts(device.calls()));
         // The lines the app's log shows for a passing self-test.
         assertEquals(List.of("D KxMMITest_jni: GetSensorSelfTestDelayTime, sensorId: 1, delayTime: 3000",
                 "D KxMMITest_jni: StartSensorSelfTest, sensorId: 1, command: 1, result: 0",
-                "D KxMMITest_jni: GetSensorSelfTestResult, sensorId: 1, result: 0"), device.logs());
+                "D KxMMITest_jni: GetSensorSelfTestResult, sensorId: 1, result: 0"), texts(device.logs()));
+    }
+
+    @Test
+    void selfTestRequestedAfterACrashAndRestartPasses(Device device) throws InterruptedException {
+        device.restartDelay(Duration.ZERO);
+        device.answer("sensors.getSensorSelfTestDelayTime", "crash", "10");
+        assertEquals(Verdict.NO_SERVICE, selfTest.run(1).verdict());
+        device.waitForRestarts();
+        assertEquals(new Outcome(Verdict.PASS, "self-test passed"), selfTest.run(1));
+        assertEquals(List.of(10), waits);
+        assertEquals(List.of(1), device.calls("sensors.startSensorSelfTest").get(0).arguments().subList(0, 1));
+    }
+
+    /** Records as the text the library's log and the device show. */
+    private static List<String> texts(List<?> records) {
+        return records.stream().map(Object::toString).toList();
     }
 
     @ParameterizedTest
@@ -50,7 +67,7 @@ class SensorSelfTestTest {
         device.absent("sensors");
         assertEquals(new Outcome(Verdict.NO_SERVICE, "sensor service not available"), selfTest.run(1));
         assertEquals(List.of(), device.calls());
-        assertEquals(List.of("E KxMMITest_jni: GetSensorSelfTestDelayTime fail, g_kxSensors is null"), device.logs());
+        assertEquals(List.of("E KxMMITest_jni: GetSensorSelfTestDelayTime fail, g_kxSensors is null"), texts(device.logs()));
     }
 
     @Test
@@ -58,7 +75,7 @@ class SensorSelfTestTest {
         SensorSelfTest dying = new SensorSelfTest(millis -> device.kill("sensors"));
         assertEquals(new Outcome(Verdict.NO_SERVICE, "sensor service lost during the self-test"), dying.run(1));
         // Any death releases every service, so the result request never leaves the library.
-        List<String> logs = device.logs();
+        List<String> logs = texts(device.logs());
         assertEquals("W KxMMITest_jni: ProcessServiceDied, cookie is:4", logs.get(2));
         assertEquals("E KxMMITest_jni: GetSensorSelfTestResult fail, g_kxSensors is null", logs.get(logs.size() - 1));
     }
