@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <string>
@@ -129,9 +130,11 @@ int main(int argc, char** argv) {
     }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    // Colour only on a terminal, so that logs and pipes get plain text.
-    RatioReporter reporter(isatty(fileno(stdout)) ? benchmark::ConsoleReporter::OO_Defaults
-                                                  : benchmark::ConsoleReporter::OO_Tabular);
+    // Colour only on a terminal and without NO_COLOR, so that logs and pipes get plain text.
+    const char* noColor = std::getenv("NO_COLOR");
+    const bool colour = isatty(fileno(stdout)) && (noColor == nullptr || *noColor == '\0');
+    RatioReporter reporter(colour ? benchmark::ConsoleReporter::OO_Defaults
+                                  : benchmark::ConsoleReporter::OO_Tabular);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;

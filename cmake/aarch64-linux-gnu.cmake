@@ -1,6 +1,6 @@
 # Cross build for 64-bit ARM Linux with Debian's cross compilers; programs run under qemu-user.
 # The platform libraries, test libraries and JVM come from Debian's arm64 packages unpacked by
-# tools/arm64-sysroot into KXMMI_ARM64_SYSROOT; the C/C++ runtime from the cross toolchain.
+# cmake/arm64-sysroot into KXMMI_ARM64_SYSROOT; the C/C++ runtime from the cross toolchain.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
@@ -10,7 +10,7 @@ set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
 if(NOT KXMMI_ARM64_SYSROOT)
   get_filename_component(KXMMI_ARM64_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/arm64-sysroot ABSOLUTE)
 endif()
-set(KXMMI_ARM64_SYSROOT ${KXMMI_ARM64_SYSROOT} CACHE PATH "Unpacked arm64 packages (tools/arm64-sysroot)")
+set(KXMMI_ARM64_SYSROOT ${KXMMI_ARM64_SYSROOT} CACHE PATH "Unpacked arm64 packages (cmake/arm64-sysroot)")
 # Try-compiles re-read this file; they must see the same sysroot.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KXMMI_ARM64_SYSROOT)
 
@@ -24,7 +24,7 @@ set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L ${KXMMI_ARM64_SYSROOT})
 
 # Devices use 16 KB pages: every loadable segment of a shared library must be aligned to them.
 # The common page size needs no flag: this linker already ends the RELRO range on a max-page
-# boundary (tools/test-arm64 checks both).
+# boundary (tests/scripts/test-arm64 checks both).
 set(KXMMI_PAGE_FLAGS "-Wl,-z,max-page-size=16384")
 # The linker finds what the sysroot's libraries need themselves (libbacktrace's 7z.so) here, not on
 # the host's paths their run paths name.

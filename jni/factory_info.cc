@@ -46,6 +46,7 @@ std::optional<CodeText<int32_t>> kxmmi::ReadFactoryInfo(int32_t kind, const char
 jboolean IsFactoryVersion(JNIEnv* /*env*/, jobject /*object*/) {
     sp<IKxFactoryInterface> factory = kxmmi::Handle<Service::Factory>();
     if (factory == nullptr) {
+        // "failse" as written: the text is part of the interface (log readers match it), keep it.
         KXLOGE("%s: IsFactoryVersion failse, g_kxFactoryInterface is null");
         return JNI_FALSE;
     }

@@ -85,6 +85,7 @@ bool RegisterNativeMethods(JNIEnv* env) {
         return false;
     }
     if (env->RegisterNatives(clazz, kMethods, sizeof(kMethods) / sizeof(kMethods[0])) < 0) {
+        // "cont not" as written: the text is part of the interface (log readers match it), keep it.
         KXLOGE("%s: RegisterNativeMethods fail, cont not register all the methods");
         return false;
     }

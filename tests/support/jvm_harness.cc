@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <sstream>
+#include <string>
 
 #include "text_agent.h"
 
@@ -92,6 +94,26 @@ jmethodID Method(const char* name, const char* signature) {
 class LocalFrames : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override { Env()->PushLocalFrame(64); }
     void OnTestEnd(const testing::TestInfo&) override { Env()->PopLocalFrame(nullptr); }
+};
+
+// With KXTEST_QUIET=NAME (./mmi stress), the program's own lines stand alone: instead of the test
+// framework's banners, each failed check as "NAME: FAIL file:line: message" and one closing line.
+class QuietPrinter : public testing::EmptyTestEventListener {
+  public:
+    explicit QuietPrinter(std::string name) : name_(std::move(name)) {}
+
+  private:
+    void OnTestPartResult(const testing::TestPartResult& r) override {
+        if (!r.failed()) return;
+        std::printf("%s: FAIL %s:%d: %s\n", name_.c_str(), r.file_name() ? r.file_name() : "?",
+                    r.line_number(), r.message());
+    }
+    void OnTestProgramEnd(const testing::UnitTest& unit) override {
+        std::printf("%s: %s (%.1f s)\n", name_.c_str(), unit.Passed() ? "PASSED" : "FAILED",
+                    static_cast<double>(unit.elapsed_time()) / 1000);
+        std::fflush(stdout);
+    }
+    const std::string name_;
 };
 
 }  // namespace
@@ -339,7 +361,12 @@ void* LibrarySymbol(const char* name) {
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     kxtest::Env();
-    testing::UnitTest::GetInstance()->listeners().Append(new kxtest::LocalFrames());
+    testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
+    listeners.Append(new kxtest::LocalFrames());
+    if (const char* quiet = std::getenv("KXTEST_QUIET"); quiet != nullptr && *quiet != '\0') {
+        delete listeners.Release(listeners.default_result_printer());
+        listeners.Append(new kxtest::QuietPrinter(quiet));
+    }
     int result = RUN_ALL_TESTS();
     // Whatever test ran, Java must never have been handed a text that is not modified UTF-8.
     for (const std::string& hex : kxtest::InvalidLibraryTexts()) {

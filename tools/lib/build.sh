@@ -1,4 +1,4 @@
-# Builds for ./mmi and tools/run-tests, never silent: one line saying what is built and where the
+# Builds for ./mmi and tests/scripts/run-tests, never silent: one line saying what is built and where the
 # log goes, then ninja's own step counter on stderr (one updating line on a terminal, a plain line
 # every few seconds otherwise), and the end of the log when the build fails. Source it with `root`
 # set to the checkout.
@@ -14,10 +14,14 @@ shown_path() {
 # Copies the build's output (stdin) to LOG and, once the build does real work (a step other than
 # ninja's check that nothing changed) or takes longer than a second, says ANNOUNCEMENT and then
 # the step it is at, on stderr. Fails when it said nothing, so the caller knows no work was done.
+# On a terminal the step line updates in place, with a carriage return and blanks rather than an
+# escape sequence when NO_COLOR asks for plain output.
 build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said already)
     local log="$1" announcement="$2" said="$3" line part="" step="configuring" last="" tty=0
     local start=$SECONDS next=$((SECONDS + 5))
     [ -t 2 ] && tty=1
+    local clear=$'\r\033[K'
+    [ -z "${NO_COLOR:-}" ] || clear=$'\r'"$(printf '%60s' '')"$'\r'
     exec 3>"$log"
     while :; do
         if IFS= read -r -t 1 line; then
@@ -37,15 +41,24 @@ build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said a
             :
         elif [ $tty -eq 1 ] && [ "$step $((SECONDS - start))" != "$last" ]; then
             last="$step $((SECONDS - start))"
-            printf '\r\033[Kmmi: %s (%d s)' "$step" $((SECONDS - start)) >&2
+            printf '%smmi: %s (%d s)' "$clear" "$step" $((SECONDS - start)) >&2
         elif [ $tty -eq 0 ] && [ $SECONDS -ge $next ]; then
             next=$((SECONDS + 5))
             printf 'mmi: %s (%d s)\n' "$step" $((SECONDS - start)) >&2
         fi
     done
     exec 3>&-
-    [ $tty -eq 0 ] || [ $said -eq 0 ] || printf '\r\033[K' >&2
+    [ $tty -eq 0 ] || [ $said -eq 0 ] || printf '%s' "$clear" >&2
     [ $said -eq 1 ]
+}
+
+# Makes FOLDER (and its parents) or ends the command with exit 1, naming the folder and the reason.
+writable_folder() {  # writable_folder FOLDER WHAT
+    local err
+    if err=$(mkdir -p "$1" 2>&1) && [ -w "$1" ] && [ -x "$1" ]; then return 0; fi
+    err="${err##*: }"
+    echo "mmi: cannot write the $2 $(shown_path "$1") (${err:-Permission denied}); make it writable, or work in a clone of the checkout you can write" >&2
+    exit 1
 }
 
 # Builds TARGETs (everything when none) of PRESET, which WHAT describes, configuring it first when
@@ -57,7 +70,8 @@ build() {  # build PRESET WHAT [TARGET]...
     local start=$SECONDS targets=() status
     local announcement="mmi: building $what ($preset build); log: $(shown_path "$log")"
     [ $# -eq 0 ] || targets=(--target "$@")
-    mkdir -p "$(dirname "$log")"
+    writable_folder "$bdir" "build folder"
+    writable_folder "$(dirname "$log")" "log folder"
     local said=0
     [ -f "$bdir/build.ninja" ] || { echo "$announcement" >&2; said=1; }
     (

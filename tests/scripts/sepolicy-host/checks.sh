@@ -5,7 +5,7 @@
 # appended to the policy ask the compiler who may do what: a neverallow that the policy
 # violates is a permission it grants.
 sp_kit=device/sepolicy
-sp_host=tools/sepolicy-host
+sp_host=tests/scripts/sepolicy-host
 
 sp_te() { ls "$sp_kit/$1"/*.te 2>/dev/null || true; }  # a folder's .te files, in the build's order
 sp_lines() { grep -v -e '^[[:space:]]*#' -e '^[[:space:]]*$' "$@" || true; }  # FILE: its rules
