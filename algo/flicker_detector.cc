@@ -35,13 +35,11 @@ static_assert(sizeof(AlgoContext) == 12 + 3600 + 8192 + 6000, "layout");
 namespace {
 
 constexpr float kFullTurn = 6.2832f;  // deliberately not 2*pi: the results are calibrated on it
-constexpr int32_t kMaxFftLength = 1024;
+constexpr int32_t kMaxFftLength = kFlickerFftLength;
 constexpr int32_t kMaxDataLength = 300;
-constexpr int32_t kBlockLength = 256;
+constexpr int32_t kBlockLength = kFlickerBlockLength;
 constexpr int32_t kFilterLength = 256;
-constexpr int32_t kBins = 500;
-constexpr int32_t kFirstSearchedBin = 20;
-constexpr int32_t kLastSearchedBin = 498;
+constexpr int32_t kBins = kFlickerBins;
 
 // The transform works on groups of 4 neighbouring bins, kGroupsPerBlock groups at a time. Each
 // bin still sums its terms in increasing n; only independent bins are interleaved, which leaves
@@ -150,6 +148,16 @@ void TransformBins(AlgoContext& ctx) {
     }
 }
 
+// CaclueFrequency's stages on `ctx` itself.
+int32_t Calculate(AlgoContext& ctx) {
+    // The filter always covers the full block, whatever dataLength says.
+    (void)BandingLpf(ctx.originalData, ctx.lpfData, kFilterLength);
+    ProcessHammingWindowFilter(ctx);
+    for (int32_t n = 0; n < ctx.fftLength; ++n) ctx.fftData[n] = 0;
+    for (int32_t i = 0; i < ctx.dataLength; ++i) ctx.fftData[i] = ctx.lpfData[i];
+    return AnalyseDataWithFft(ctx);
+}
+
 }  // namespace
 
 bool InitFrequencyDetectAlgo(AlgoContext& ctx) {
@@ -202,28 +210,26 @@ void ProcessHammingWindowFilter(AlgoContext& ctx) {
     }
 }
 
-int32_t AnalyseDataWithFft(AlgoContext& ctx) {
-    TransformBins(ctx);
+int32_t FlickerPeakBin(const AlgoContext& ctx) {
     float best = 0.0f;
     int32_t bin = 0;
-    for (int32_t k = kFirstSearchedBin; k <= kLastSearchedBin; ++k) {
+    for (int32_t k = kFlickerFirstSearchedBin; k <= kFlickerLastSearchedBin; ++k) {
         if (ctx.amplitude[k] > best) {
             best = ctx.amplitude[k];
             bin = k;
         }
     }
+    return bin;
+}
+
+int32_t AnalyseDataWithFft(AlgoContext& ctx) {
+    TransformBins(ctx);
+    const int32_t bin = FlickerPeakBin(ctx);
     const float bin_width = ctx.sampleRate / static_cast<float>(ctx.fftLength);
     return TruncToInt32(static_cast<float>(bin) * bin_width);
 }
 
-int32_t CaclueFrequency(AlgoContext ctx) {
-    // The filter always covers the full block, whatever dataLength says.
-    (void)BandingLpf(ctx.originalData, ctx.lpfData, kFilterLength);
-    ProcessHammingWindowFilter(ctx);
-    for (int32_t n = 0; n < ctx.fftLength; ++n) ctx.fftData[n] = 0;
-    for (int32_t i = 0; i < ctx.dataLength; ++i) ctx.fftData[i] = ctx.lpfData[i];
-    return AnalyseDataWithFft(ctx);
-}
+int32_t CaclueFrequency(AlgoContext ctx) { return Calculate(ctx); }
 
 void PrepareFrequenceDetectAlgo(AlgoContext& ctx, int32_t (&samples)[256], int32_t count,
                                 float rate) {
@@ -235,13 +241,29 @@ void PrepareFrequenceDetectAlgo(AlgoContext& ctx, int32_t (&samples)[256], int32
     InitHammingWindowFiltert(ctx);
 }
 
+namespace {
+
+// A cleared state loaded with one block; false when it cannot be.
+bool Load(AlgoContext& ctx, int32_t (&samples)[256], int32_t count, float rate) {
+    // A longer window would run past the state's sample arrays.
+    if (count > kMaxDataLength || !InitFrequencyDetectAlgo(ctx)) return false;
+    PrepareFrequenceDetectAlgo(ctx, samples, count, rate);
+    return true;
+}
+
+}  // namespace
+
 int32_t DetectFlickerFrequence(int32_t (&samples)[256], int32_t count, int32_t& frequency,
                                float rate) {
-    // A longer window would run past the state's sample arrays.
-    if (count > kMaxDataLength) return -1;
     AlgoContext ctx{};
-    if (!InitFrequencyDetectAlgo(ctx)) return -1;
-    PrepareFrequenceDetectAlgo(ctx, samples, count, rate);
+    if (!Load(ctx, samples, count, rate)) return -1;
     frequency = CaclueFrequency(ctx);
+    return 0;
+}
+
+int32_t DetectFlickerSpectrum(int32_t (&samples)[256], int32_t count, int32_t& frequency,
+                              float rate, AlgoContext& ctx) {
+    if (!Load(ctx, samples, count, rate)) return -1;
+    frequency = Calculate(ctx);
     return 0;
 }

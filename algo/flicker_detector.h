@@ -11,6 +11,13 @@
 
 #include <cstdint>
 
+// The detector's fixed sizes and its searched band, for callers that show a detection.
+constexpr int32_t kFlickerBlockLength = 256;      // samples of one detection
+constexpr int32_t kFlickerFftLength = 1024;       // transform length the driver sets
+constexpr int32_t kFlickerBins = 500;             // bins computed, 0..499
+constexpr int32_t kFlickerFirstSearchedBin = 20;  // bins 0..19 (steady level, slow drift) never win
+constexpr int32_t kFlickerLastSearchedBin = 498;  // bin 499 is computed, never searched
+
 // Plain working state of one detection; copied byte for byte (CaclueFrequency takes it by value).
 struct AlgoContext {
     float sampleRate;           // Hz; only converts the winning bin into hertz
@@ -33,6 +40,7 @@ bool InitFrequencyDetectAlgo(AlgoContext& ctx);
 void InitFftCoef(AlgoContext& ctx);
 
 // Fills hammingWindow[0..M-1] with the symmetric Hamming window; nothing when M < 1.
+// The name is misspelt on purpose: it is the library's exported symbol; do not correct it.
 void InitHammingWindowFiltert(AlgoContext& ctx);
 
 // Second-order integer low-pass over in[0..len-1] into out. 0, or -1 when out could not be
@@ -47,6 +55,7 @@ void ProcessHammingWindowFilter(AlgoContext& ctx);
 int32_t AnalyseDataWithFft(AlgoContext& ctx);
 
 // Filter, window and transform on a private copy of the state; the caller's state is untouched.
+// The name is misspelt on purpose: it is the library's exported symbol; do not correct it.
 int32_t CaclueFrequency(AlgoContext ctx);
 
 // Loads count, rate and the 256 samples into a cleared state and builds its tables.
@@ -55,7 +64,23 @@ void PrepareFrequenceDetectAlgo(AlgoContext& ctx, int32_t (&samples)[256], int32
 
 // Whole detection on a fresh stack state. 0 with frequency written; -1 when the state could not
 // be cleared or count exceeds the state's 300 samples (frequency then untouched).
+// The name is misspelt on purpose: it is the library's exported symbol; do not correct it.
 int32_t DetectFlickerFrequence(int32_t (&samples)[256], int32_t count, int32_t& frequency,
                                float rate);
+
+// The two below serve the host tools, tests and benchmark, which link the detector's objects;
+// hidden so that the library exports only its own interface.
+#define KXMMI_FLICKER_HOST_ONLY __attribute__((visibility("hidden")))
+
+// The winning bin of a transformed state: the strongest of the searched bins, the lowest among
+// equals, or 0 when none is above 0. AnalyseDataWithFft converts this bin into hertz.
+KXMMI_FLICKER_HOST_ONLY int32_t FlickerPeakBin(const AlgoContext& ctx);
+
+// The detection DetectFlickerFrequence runs, same arguments and results, done in `ctx` itself so
+// that every intermediate (filtered and windowed samples, transform input, bins) stays there for
+// a caller that shows or checks it; FlickerPeakBin(ctx) then gives the winning bin.
+KXMMI_FLICKER_HOST_ONLY int32_t DetectFlickerSpectrum(int32_t (&samples)[256], int32_t count,
+                                                      int32_t& frequency, float rate,
+                                                      AlgoContext& ctx);
 
 #endif

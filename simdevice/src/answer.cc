@@ -1,4 +1,6 @@
 // Answer texts: parsing, canonical form, and fitting an answer to an operation's shape.
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cinttypes>
 #include <climits>
@@ -14,6 +16,8 @@ constexpr std::string_view kNoCallback = "nocallback";
 constexpr std::string_view kTransportError = "transport-error";
 constexpr std::string_view kCrash = "crash";
 constexpr std::string_view kBytes = "bytes:";
+constexpr const char* kBytesHint =
+    "bytes:HEX takes pairs of hex digits 0-9 a-f (bytes:41ff42 is the three bytes 41 FF 42)";
 
 bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -27,24 +31,6 @@ int HexDigit(char c) {
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
     if (c >= 'A' && c <= 'F') return c - 'A' + 10;
     return -1;
-}
-
-void AppendUtf8(uint32_t cp, std::string* out) {
-    if (cp < 0x80) {
-        out->push_back(static_cast<char>(cp));
-    } else if (cp < 0x800) {
-        out->push_back(static_cast<char>(0xC0 | (cp >> 6)));
-        out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-        out->push_back(static_cast<char>(0xE0 | (cp >> 12)));
-        out->push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-        out->push_back(static_cast<char>(0xF0 | (cp >> 18)));
-        out->push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-        out->push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    }
 }
 
 // Recursive-descent reader of one answer text. Errors name the 1-based column.
@@ -115,29 +101,70 @@ class Parser {
         if (c == '"') return ReadString();
         if (c == '[') return ReadVector();
         if (text_.substr(pos_, kBytes.size()) == kBytes) return ReadBytes();
-        if (c == '-' || IsDigit(c)) {
+        return ReadBare();
+    }
+
+    // Anything else up to the next comma outside quotes and brackets, as a shell leaves a value
+    // whose quotes it took: true, false, an integer, or else the text itself.
+    std::optional<Answer::Value> ReadBare() {
+        size_t start = pos_;
+        int depth = 0;
+        size_t end = pos_;
+        for (; end < text_.size(); ++end) {
+            char c = text_[end];
+            if (c == '"') {
+                while (++end < text_.size() && text_[end] != '"') {
+                    if (text_[end] == '\\') ++end;
+                }
+                if (end >= text_.size()) break;
+            } else if (c == '[') {
+                ++depth;
+            } else if (c == ']') {
+                --depth;
+            } else if (c == ',' && depth <= 0) {
+                break;
+            }
+        }
+        std::string_view word = text_.substr(start, std::min(end, text_.size()) - start);
+        while (!word.empty() && IsSpace(word.back())) word.remove_suffix(1);
+        if (word.empty()) return Error("expected a value");
+        if (word == "true" || word == "false") {
+            pos_ = start + word.size();
+            return Answer::Value(word == "true");
+        }
+        if (IsNumber(word)) {
+            if (word.find_first_of(".eE") != std::string_view::npos) {
+                return Error("not an integer: '" + std::string(word) + "'");
+            }
             std::optional<int64_t> v = ReadInteger();
             if (!v) return std::nullopt;
             return Answer::Value(*v);
         }
-        for (auto [word, value] : {std::pair<std::string_view, bool>{"true", true},
-                                   std::pair<std::string_view, bool>{"false", false}}) {
-            if (text_.substr(pos_, word.size()) == word &&
-                (pos_ + word.size() == text_.size() || !IsWordChar(text_[pos_ + word.size()]))) {
-                pos_ += word.size();
-                return Answer::Value(value);
-            }
+        if (word == "null") return Error("null is not a value; an empty text is \"\"");
+        pos_ = start + word.size();
+        return Answer::Value(std::string(word));
+    }
+
+    // A number as JSON writes it; only integers are answers, the others are refused as such.
+    static bool IsNumber(std::string_view w) {
+        size_t i = 0;
+        auto digits = [&] {
+            size_t from = i;
+            while (i < w.size() && IsDigit(w[i])) ++i;
+            return i > from;
+        };
+        if (i < w.size() && w[i] == '-') ++i;
+        if (!digits()) return false;
+        if (i < w.size() && w[i] == '.') {
+            ++i;
+            if (!digits()) return false;
         }
-        std::string found = Found();
-        if (found == "'" + std::string(kNoCallback) + "'" ||
-            found == "'" + std::string(kTransportError) + "'" ||
-            found == "'" + std::string(kCrash) + "'") {
-            return Error(found + " must be the whole answer");
+        if (i < w.size() && (w[i] == 'e' || w[i] == 'E')) {
+            ++i;
+            if (i < w.size() && (w[i] == '-' || w[i] == '+')) ++i;
+            if (!digits()) return false;
         }
-        return Error(
-            "expected an integer, true, false, a \"string\", bytes:HEX or an [integer vector], "
-            "found " +
-            found);
+        return i == w.size();
     }
 
     std::optional<int64_t> ReadInteger() {
@@ -216,12 +243,15 @@ class Parser {
         std::string out;
         while (!AtEnd() && HexDigit(text_[pos_]) >= 0) {
             if (pos_ + 1 >= text_.size() || HexDigit(text_[pos_ + 1]) < 0) {
-                return Error("bytes: needs pairs of hex digits");
+                return Error(kBytesHint);
             }
             out.push_back(
                 static_cast<char>(HexDigit(text_[pos_]) * 16 + HexDigit(text_[pos_ + 1])));
             pos_ += 2;
         }
+        size_t after = pos_;
+        while (after < text_.size() && IsSpace(text_[after])) ++after;
+        if (after < text_.size() && text_[after] != ',') return Error(kBytesHint);
         return Answer::Value(std::move(out));
     }
 
@@ -378,6 +408,95 @@ Answer::Value ZeroOf(Type type) {
 }
 
 }  // namespace
+
+void AppendUtf8(uint32_t cp, std::string* out) {
+    if (cp < 0x80) {
+        out->push_back(static_cast<char>(cp));
+    } else if (cp < 0x800) {
+        out->push_back(static_cast<char>(0xC0 | (cp >> 6)));
+        out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else if (cp < 0x10000) {
+        out->push_back(static_cast<char>(0xE0 | (cp >> 12)));
+        out->push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+        out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else {
+        out->push_back(static_cast<char>(0xF0 | (cp >> 18)));
+        out->push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
+        out->push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+        out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+    }
+}
+
+const std::vector<AnswerKeyword>& AnswerKeywords() {
+    static const std::vector<AnswerKeyword> kKeywords = {
+        {kNoCallback.data(), true, "the service returns without calling back"},
+        {kTransportError.data(), false, "the call fails in the middle; the service lives on"},
+        {kCrash.data(), false,
+         "the service dies in the middle of the call, its clients are told, and it registers "
+         "again after the restart delay"},
+    };
+    return kKeywords;
+}
+
+const std::vector<AnswerForm>& AnswerForms() {
+    static const std::vector<AnswerForm> kForms = {
+        {"integer", "-3", "decimal, within the range of the value it stands for"},
+        {"bool", "true", "true or false"},
+        {"string", "\"a\\\"b \\u00e9\"", "a JSON string"},
+        {"bytes", "bytes:41ff42", "a text given as its bytes in hexadecimal, any bytes at all"},
+        {"vector", "[1,2,3]", "integers in brackets"},
+        {"word", "charging", "any other text up to the next comma, as the text itself"},
+    };
+    return kForms;
+}
+
+namespace internal {
+
+namespace {
+
+// Edits (insert, delete, replace a character) that turn a into b.
+size_t Distance(std::string_view a, std::string_view b) {
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t diagonal = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            size_t above = row[j];
+            row[j] =
+                std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+}  // namespace
+
+std::string ExplainRefusal(std::string_view text, const std::string& error) {
+    std::string word(text);
+    while (!word.empty() && IsSpace(word.back())) word.pop_back();
+    while (!word.empty() && IsSpace(word.front())) word.erase(0, 1);
+    bool is_word = !word.empty() && std::isalpha(static_cast<unsigned char>(word[0]));
+    for (char c : word) is_word = is_word && IsWordChar(c) && !IsDigit(c);
+    for (const AnswerKeyword& k : AnswerKeywords()) is_word = is_word && word != k.word;
+    if (!is_word) return error;
+    std::string lower;
+    for (char c : word) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    for (const AnswerKeyword& k : AnswerKeywords()) {
+        if (Distance(lower, k.word) > 3) continue;
+        std::string forms = "an answer is ";
+        for (const AnswerKeyword& each : AnswerKeywords()) forms += std::string(each.word) + ", ";
+        forms += "or values separated by commas (";
+        for (const AnswerForm& f : AnswerForms()) {
+            forms += std::string(&f == &AnswerForms().front() ? "" : ", ") + f.example;
+        }
+        return "unknown answer keyword " + word + " (did you mean " + k.word + "?); " + forms + ")";
+    }
+    return error;
+}
+
+}  // namespace internal
 
 std::optional<Answer> Answer::Parse(std::string_view text, std::string* error) {
     return Parser(text).Parse(error);

@@ -1,8 +1,11 @@
 // The shared state of one device: answers, the call record and typed copies of what arrived.
 #include <hidl/HostTransport.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include "internal.h"
 
@@ -10,28 +13,6 @@ namespace simdevice {
 namespace internal {
 
 namespace {
-
-void AppendVector(const ::android::hardware::hidl_vec<int32_t>& v, std::string* out) {
-    // Long vectors (256 flicker samples) would drown the record; the typed copy keeps them whole.
-    constexpr size_t kShown = 32;
-    *out += '[';
-    for (size_t i = 0; i < v.size() && i < kShown; ++i) {
-        if (i != 0) *out += ", ";
-        *out += std::to_string(v[i]);
-    }
-    if (v.size() > kShown) *out += ", ... (" + std::to_string(v.size()) + " values)";
-    *out += ']';
-}
-
-std::string FormatEvent(const ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdEvent& e) {
-    return "{errorCode: " + std::to_string(e.errorCode) + ", itemId: " + std::to_string(e.itemId) +
-           ", cycle: " + std::to_string(e.cycle) + ", result: " + Quote(e.result) +
-           ", station: " + Quote(e.station) + ", bsn: " + Quote(e.bsn) +
-           ", time: " + Quote(e.time) + ", deviceName: " + Quote(e.deviceName) +
-           ", testName: " + Quote(e.testName) + ", value: " + Quote(e.value) +
-           ", thresholdMin: " + Quote(e.thresholdMin) + ", thresholdMax: " + Quote(e.thresholdMax) +
-           ", firmware: " + Quote(e.firmware) + ", description: " + Quote(e.description) + "}";
-}
 
 // The operation a service object claims to serve; a name missing from the tables is a defect of
 // this library.
@@ -66,36 +47,92 @@ std::string Quote(std::string_view text) {
     return out + '"';
 }
 
-std::string FormatArg(const Arg& arg) {
+ArgValue ToArgValue(const Arg& arg) {
+    struct Converter {
+        ArgValue operator()(int32_t v) const { return {v}; }
+        ArgValue operator()(int64_t v) const { return {v}; }
+        ArgValue operator()(bool v) const { return {v}; }
+        ArgValue operator()(const ::android::hardware::hidl_string& v) const {
+            return {std::string(v.c_str(), v.size())};
+        }
+        ArgValue operator()(const ::android::hardware::hidl_vec<int32_t>& v) const {
+            return {std::vector<int32_t>(v.begin(), v.end())};
+        }
+        ArgValue operator()(const FmdMsg& m) const {
+            std::vector<ArgValue> events;
+            for (const auto& e : m.events) {
+                events.push_back({ArgRecord{
+                    {"errorCode", {e.errorCode}},
+                    {"itemId", {e.itemId}},
+                    {"cycle", {e.cycle}},
+                    {"result", Text(e.result)},
+                    {"station", Text(e.station)},
+                    {"bsn", Text(e.bsn)},
+                    {"time", Text(e.time)},
+                    {"deviceName", Text(e.deviceName)},
+                    {"testName", Text(e.testName)},
+                    {"value", Text(e.value)},
+                    {"thresholdMin", Text(e.thresholdMin)},
+                    {"thresholdMax", Text(e.thresholdMax)},
+                    {"firmware", Text(e.firmware)},
+                    {"description", Text(e.description)},
+                }});
+            }
+            return {ArgRecord{{"version", {m.version}},
+                              {"dataSource", {m.dataSource}},
+                              {"eventCount", {m.eventCount}},
+                              {"events", {std::move(events)}}}};
+        }
+        ArgValue operator()(const FmdOperation& o) const {
+            return {ArgRecord{{"version", {o.version}},
+                              {"commandId", {o.commandId}},
+                              {"operation", {o.operation}},
+                              {"cycle", {o.cycle}},
+                              {"station", Text(o.station)},
+                              {"bsn", Text(o.bsn)}}};
+        }
+        static ArgValue Text(const ::android::hardware::hidl_string& s) {
+            return {std::string(s.c_str(), s.size())};
+        }
+    };
+    return std::visit(Converter{}, arg);
+}
+
+std::string FormatArg(const ArgValue& arg) {
     struct Formatter {
         std::string operator()(int32_t v) const { return std::to_string(v); }
         std::string operator()(int64_t v) const { return std::to_string(v); }
         std::string operator()(bool v) const { return v ? "true" : "false"; }
-        std::string operator()(const ::android::hardware::hidl_string& v) const { return Quote(v); }
-        std::string operator()(const ::android::hardware::hidl_vec<int32_t>& v) const {
-            std::string out;
-            AppendVector(v, &out);
-            return out;
-        }
-        std::string operator()(const FmdMsg& m) const {
-            std::string out = "{version: " + std::to_string(m.version) +
-                              ", dataSource: " + std::to_string(m.dataSource) +
-                              ", eventCount: " + std::to_string(m.eventCount) + ", events: [";
-            for (size_t i = 0; i < m.events.size(); ++i) {
+        std::string operator()(const std::string& v) const { return Quote(std::string_view(v)); }
+        std::string operator()(const std::vector<int32_t>& v) const {
+            // Long vectors would drown the record; the value itself keeps them whole.
+            constexpr size_t kShown = 32;
+            std::string out = "[";
+            for (size_t i = 0; i < v.size() && i < kShown; ++i) {
                 if (i != 0) out += ", ";
-                out += FormatEvent(m.events[i]);
+                out += std::to_string(v[i]);
             }
-            return out + "]}";
+            if (v.size() > kShown) out += ", ... (" + std::to_string(v.size()) + " values)";
+            return out + "]";
         }
-        std::string operator()(const FmdOperation& o) const {
-            return "{version: " + std::to_string(o.version) +
-                   ", commandId: " + std::to_string(o.commandId) +
-                   ", operation: " + std::to_string(o.operation) +
-                   ", cycle: " + std::to_string(o.cycle) + ", station: " + Quote(o.station) +
-                   ", bsn: " + Quote(o.bsn) + "}";
+        std::string operator()(const ArgRecord& r) const {
+            std::string out = "{";
+            for (size_t i = 0; i < r.size(); ++i) {
+                if (i != 0) out += ", ";
+                out += r[i].first + ": " + FormatArg(r[i].second);
+            }
+            return out + "}";
+        }
+        std::string operator()(const std::vector<ArgValue>& list) const {
+            std::string out = "[";
+            for (size_t i = 0; i < list.size(); ++i) {
+                if (i != 0) out += ", ";
+                out += FormatArg(list[i]);
+            }
+            return out + "]";
         }
     };
-    return std::visit(Formatter{}, arg);
+    return std::visit(Formatter{}, arg.value);
 }
 
 Answer Core::Serve(Service service, const char* operation, std::vector<Arg> args) {
@@ -104,9 +141,9 @@ Answer Core::Serve(Service service, const char* operation, std::vector<Arg> args
         ::android::hardware::details::currentTransaction();
     Call call{service, info.name, transaction != nullptr ? transaction->position : 0u, {}};
     call.args.reserve(args.size());
-    for (const Arg& arg : args) call.args.push_back(FormatArg(arg));
+    for (const Arg& arg : args) call.args.push_back(ToArgValue(arg));
 
-    std::lock_guard<std::mutex> lock(lock_);
+    std::unique_lock<std::mutex> lock(lock_);
     if (calls_.size() >= kMaxCalls) calls_.pop_front();
     calls_.push_back(std::move(call));
     for (Arg& arg : args) {
@@ -118,37 +155,74 @@ Answer Core::Serve(Service service, const char* operation, std::vector<Arg> args
             last_operation_ = std::move(*o);
         }
     }
+    std::optional<int64_t> key;
+    if (!args.empty() && std::holds_alternative<int32_t>(args[0])) key = std::get<int32_t>(args[0]);
+    Answer answer = HealthyAnswer(info, key);
     auto programmed = programmed_.find(&info);
-    if (programmed != programmed_.end()) return programmed->second;
-    if (!args.empty() && std::holds_alternative<int32_t>(args[0])) {
-        if (const Answer* keyed = KeyedDefaultAnswer(info, std::get<int32_t>(args[0]))) {
-            return *keyed;
-        }
+    if (programmed != programmed_.end()) {
+        Sequence& s = programmed->second;
+        answer = s.answers[std::min(s.next, s.answers.size() - 1)];
+        if (s.next < s.answers.size()) ++s.next;
     }
-    return DefaultAnswer(info);
+    auto delay = delays_.find(&info);
+    if (delay != delays_.end()) {
+        std::chrono::milliseconds ms(delay->second);
+        lock.unlock();
+        std::this_thread::sleep_for(ms);
+    }
+    return answer;
 }
 
-bool Core::Program(Service service, std::string_view operation, const Answer& answer,
-                   std::string* error) {
+const OperationInfo* Core::Operation(Service service, std::string_view operation,
+                                     std::string* error) {
     const OperationInfo* info = SimDevice::FindOperation(service, operation);
-    if (info == nullptr) {
-        if (error != nullptr) {
-            *error = std::string(ServiceName(service)) + " has no operation \"" +
-                     std::string(operation) + "\"; it has:";
-            for (const OperationInfo& op : SimDevice::Operations(service)) {
-                *error += ' ';
-                *error += op.name;
-            }
+    if (info == nullptr && error != nullptr) {
+        *error = std::string(ServiceName(service)) + " has no operation \"" +
+                 std::string(operation) + "\"; it has:";
+        for (const OperationInfo& op : SimDevice::Operations(service)) {
+            *error += ' ';
+            *error += op.name;
         }
+    }
+    return info;
+}
+
+bool Core::Program(Service service, std::string_view operation, const std::vector<Answer>& answers,
+                   std::string* error) {
+    const OperationInfo* info = Operation(service, operation, error);
+    if (info == nullptr) return false;
+    if (answers.empty()) {
+        if (error != nullptr) *error = "no answer given for " + std::string(operation);
         return false;
     }
-    std::optional<Answer> fitted = FitAnswer(*info, answer, error);
-    if (!fitted) {
-        if (error != nullptr) *error = std::string(ServiceName(service)) + "." + *error;
-        return false;
+    Sequence sequence;
+    for (size_t i = 0; i < answers.size(); ++i) {
+        std::optional<Answer> fitted = FitAnswer(*info, answers[i], error);
+        if (!fitted) {
+            if (error != nullptr) {
+                *error = (answers.size() > 1 ? "answer " + std::to_string(i + 1) + " of " +
+                                                   std::to_string(answers.size()) + ": "
+                                             : std::string()) +
+                         ServiceName(service) + "." + *error;
+            }
+            return false;
+        }
+        sequence.answers.push_back(std::move(*fitted));
     }
     std::lock_guard<std::mutex> lock(lock_);
-    programmed_.insert_or_assign(info, std::move(*fitted));
+    programmed_.insert_or_assign(info, std::move(sequence));
+    return true;
+}
+
+bool Core::SetDelay(Service service, std::string_view operation, int64_t ms, std::string* error) {
+    const OperationInfo* info = Operation(service, operation, error);
+    if (info == nullptr) return false;
+    std::lock_guard<std::mutex> lock(lock_);
+    if (ms > 0) {
+        delays_.insert_or_assign(info, ms);
+    } else {
+        delays_.erase(info);
+    }
     return true;
 }
 
@@ -157,8 +231,11 @@ std::optional<Answer> Core::CurrentAnswer(Service service, std::string_view oper
     if (info == nullptr) return std::nullopt;
     std::lock_guard<std::mutex> lock(lock_);
     auto programmed = programmed_.find(info);
-    if (programmed != programmed_.end()) return programmed->second;
-    return DefaultAnswer(*info);
+    if (programmed != programmed_.end()) {
+        const Sequence& s = programmed->second;
+        return s.answers[std::min(s.next, s.answers.size() - 1)];
+    }
+    return info->healthy;
 }
 
 void Core::SetCrashHandler(std::function<void(Service)> handler) {
@@ -174,6 +251,7 @@ void Core::Crash(Service service) {
 void Core::ResetAnswers() {
     std::lock_guard<std::mutex> lock(lock_);
     programmed_.clear();
+    delays_.clear();
 }
 
 std::vector<Call> Core::TakeCalls() {
@@ -217,7 +295,7 @@ std::string Call::Text() const {
     std::string out = std::string(ServiceName(service)) + "." + operation + "(";
     for (size_t i = 0; i < args.size(); ++i) {
         if (i != 0) out += ", ";
-        out += args[i];
+        out += internal::FormatArg(args[i]);
     }
     return out + ")";
 }

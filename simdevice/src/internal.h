@@ -27,7 +27,8 @@ using ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation;
 using Arg = std::variant<int32_t, int64_t, bool, ::android::hardware::hidl_string,
                          ::android::hardware::hidl_vec<int32_t>, FmdMsg, FmdOperation>;
 
-std::string FormatArg(const Arg& arg);
+ArgValue ToArgValue(const Arg& arg);
+std::string FormatArg(const ArgValue& arg);
 // A JSON string literal: '"' and '\' escaped, control characters as \u00XX, other bytes as they
 // are.
 std::string Quote(std::string_view text);
@@ -39,9 +40,10 @@ inline std::string Quote(const ::android::hardware::hidl_string& text) {
 // Nothing, and *error naming the expected shape, when it does not fit.
 std::optional<Answer> FitAnswer(const OperationInfo& info, const Answer& answer,
                                 std::string* error);
-const Answer& DefaultAnswer(const OperationInfo& info);
-// The default for one key (the first argument) where the default depends on it, else null.
-const Answer* KeyedDefaultAnswer(const OperationInfo& info, int64_t key);
+// A refusal of the answer text, explained where a user would look: a misspelt keyword.
+std::string ExplainRefusal(std::string_view text, const std::string& error);
+// The healthy answer to a call whose first argument, if an integer, is key.
+const Answer& HealthyAnswer(const OperationInfo& info, std::optional<int64_t> key);
 
 // The state every service object of one device shares: answers, records, typed copies. Service
 // objects keep it alive while a call is in progress, so a device may go away under a call.
@@ -50,9 +52,13 @@ class Core {
     // Records the call and returns the answer it gets, fitted to the operation's shape.
     Answer Serve(Service service, const char* operation, std::vector<Arg> args);
 
-    bool Program(Service service, std::string_view operation, const Answer& answer,
+    // Successive calls take successive answers; the last one holds.
+    bool Program(Service service, std::string_view operation, const std::vector<Answer>& answers,
                  std::string* error);
+    // Each call of the operation takes ms milliseconds before it answers; 0: at once.
+    bool SetDelay(Service service, std::string_view operation, int64_t ms, std::string* error);
     std::optional<Answer> CurrentAnswer(Service service, std::string_view operation) const;
+    // Programmed answers and delays gone.
     void ResetAnswers();
     std::vector<Call> TakeCalls();
     void ClearRecords();
@@ -70,10 +76,18 @@ class Core {
     static constexpr size_t kMaxCalls = 65536;
 
   private:
+    struct Sequence {
+        std::vector<Answer> answers;  // fitted, at least one
+        size_t next = 0;              // the one the next call takes, until the last
+    };
+    static const OperationInfo* Operation(Service service, std::string_view operation,
+                                          std::string* error);
+
     std::mutex crash_lock_;
     std::function<void(Service)> crash_handler_;
     mutable std::mutex lock_;
-    std::map<const OperationInfo*, Answer> programmed_;
+    std::map<const OperationInfo*, Sequence> programmed_;
+    std::map<const OperationInfo*, int64_t> delays_;
     std::deque<Call> calls_;
     std::map<const OperationInfo*, std::vector<int32_t>> last_vectors_;
     std::optional<FmdMsg> last_msg_;

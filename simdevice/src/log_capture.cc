@@ -12,7 +12,7 @@ constexpr size_t kMaxLines = 65536;
 
 struct Captured {
     std::mutex lock;
-    std::deque<std::string> lines;
+    std::deque<LogLine> lines;  // text as written
 };
 
 Captured& captured() {
@@ -36,18 +36,21 @@ char PriorityLetter(int priority) {
 }
 
 void Capture(const __android_logger_data* data, const char* message) {
-    std::string line;
-    line += PriorityLetter(data != nullptr ? data->priority : ANDROID_LOG_VERBOSE);
-    line += ' ';
-    if (data != nullptr && data->tag != nullptr && data->tag[0] != '\0') {
-        line += data->tag;
-        line += ": ";
-    }
-    line += message != nullptr ? message : "";
+    LogLine line{PriorityLetter(data != nullptr ? data->priority : ANDROID_LOG_VERBOSE),
+                 data != nullptr && data->tag != nullptr ? data->tag : "",
+                 message != nullptr ? message : ""};
     Captured& c = captured();
     std::lock_guard<std::mutex> lock(c.lock);
     if (c.lines.size() >= kMaxLines) c.lines.pop_front();
     c.lines.push_back(std::move(line));
+}
+
+std::deque<LogLine> Take() {
+    Captured& c = captured();
+    std::lock_guard<std::mutex> lock(c.lock);
+    std::deque<LogLine> taken;
+    taken.swap(c.lines);
+    return taken;
 }
 
 }  // namespace
@@ -58,13 +61,27 @@ void CaptureLogs() {
     __android_log_set_default_tag("");  // the library's lines have none; the platform's do
 }
 
+std::vector<LogLine> TakeLogLines() {
+    std::vector<LogLine> lines;
+    for (LogLine& line : Take()) {
+        // As the platform's log viewer shows it: the library ends its messages with one.
+        while (!line.text.empty() && (line.text.back() == '\n' || line.text.back() == '\r')) {
+            line.text.pop_back();
+        }
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
 std::vector<std::string> TakeLogs() {
-    Captured& c = captured();
-    std::lock_guard<std::mutex> lock(c.lock);
-    std::vector<std::string> taken(std::make_move_iterator(c.lines.begin()),
-                                   std::make_move_iterator(c.lines.end()));
-    c.lines.clear();
-    return taken;
+    std::vector<std::string> lines;
+    for (const LogLine& line : Take()) {
+        std::string text(1, line.priority);
+        text += ' ';
+        if (!line.tag.empty()) text += line.tag + ": ";
+        lines.push_back(text + line.text);
+    }
+    return lines;
 }
 
 }  // namespace simdevice

@@ -2,8 +2,11 @@
 #include <hidl/HidlTransportSupport.h>
 #include <hidl/HostTransport.h>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <thread>
 
@@ -13,39 +16,61 @@ namespace simdevice {
 
 namespace {
 
-struct Names {
-    Service service;
-    const char* name;
-    const char* instance;
-};
-
-constexpr Names kNames[] = {
-    {Service::kFactory, "factory", "kxfactoryinterface_hal"},
-    {Service::kDisplay, "display", "default"},
-    {Service::kTouchscreen, "touchscreen", "default"},
-    {Service::kSensors, "sensors", "default"},
-    {Service::kPower, "power", "default"},
-    {Service::kLight, "light", "default"},
-    {Service::kOtherdevices, "otherdevices", "default"},
-};
+const std::vector<ServiceInfo>& Services() {
+    // In the order of Service.
+    static const std::vector<ServiceInfo> kServices = {
+        {Service::kFactory,
+         "factory",
+         "vendor.tavrin.hardware.kxfactoryinterface",
+         "IKxFactoryInterface",
+         {"1.0", "1.1"},
+         "kxfactoryinterface_hal"},
+        {Service::kDisplay,
+         "display",
+         "vendor.tavrin.hardware.kxdisplay",
+         "IDisplay",
+         {"1.0", "1.1"},
+         "default"},
+        {Service::kTouchscreen,
+         "touchscreen",
+         "vendor.tavrin.hardware.tp",
+         "ITouchscreen",
+         {"1.0"},
+         "default"},
+        {Service::kSensors,
+         "sensors",
+         "vendor.tavrin.hardware.sensors",
+         "ISensors",
+         {"1.0", "1.1"},
+         "default"},
+        {Service::kPower, "power", "vendor.tavrin.hardware.power", "IKXPower", {"1.0"}, "default"},
+        {Service::kLight, "light", "vendor.tavrin.hardware.light", "ILight", {"2.0"}, "default"},
+        {Service::kOtherdevices,
+         "otherdevices",
+         "vendor.tavrin.hardware.otherdevices",
+         "IOtherdevices",
+         {"1.0"},
+         "default"},
+    };
+    return kServices;
+}
 
 }  // namespace
 
-const char* ServiceName(Service service) { return kNames[static_cast<size_t>(service)].name; }
+const ServiceInfo& Info(Service service) { return Services()[static_cast<size_t>(service)]; }
 
-const char* InstanceName(Service service) { return kNames[static_cast<size_t>(service)].instance; }
+const char* ServiceName(Service service) { return Info(service).name; }
+
+const char* InstanceName(Service service) { return Info(service).instance; }
 
 std::optional<Service> ServiceFromName(std::string_view name) {
-    for (const Names& n : kNames) {
-        if (name == n.name) return n.service;
+    for (const ServiceInfo& info : Services()) {
+        if (name == info.name) return info.service;
     }
     return std::nullopt;
 }
 
-bool HasMinorUpdate(Service service) {
-    return service == Service::kFactory || service == Service::kDisplay ||
-           service == Service::kSensors;
-}
+bool HasMinorUpdate(Service service) { return Info(service).versions.size() > 1; }
 
 struct SimDevice::Slot {
     Service service;
@@ -199,13 +224,61 @@ void SimDevice::SetRestartDelay(int64_t ms) {
     schedule_->restart_delay_ms = ms;
 }
 
-void SimDevice::WaitRestarts() {
+bool SimDevice::WaitRestarts(std::chrono::milliseconds timeout) {
+    auto deadline = std::chrono::steady_clock::now() + timeout;
     {
         Schedule& s = *schedule_;
         std::unique_lock<std::mutex> lock(s.lock);
-        s.changed.wait(lock, [&] { return s.stopping || (s.due.empty() && s.registering == 0); });
+        if (!s.changed.wait_until(lock, deadline, [&] {
+                return s.stopping || (s.due.empty() && s.registering == 0);
+            })) {
+            return false;
+        }
     }
-    WaitIdle();
+    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+        deadline - std::chrono::steady_clock::now());
+    return WaitIdle(std::max(left, std::chrono::milliseconds(0)));
+}
+
+void SimDevice::WaitRestarts() {
+    if (WaitRestarts(kWaitBound)) return;
+    std::fprintf(stderr, "simdevice: registrations still to come after %lld s: %s\n",
+                 static_cast<long long>(kWaitBound.count()), WaitingFor().c_str());
+    std::abort();
+}
+
+std::vector<Service> SimDevice::PendingRegistrations() const {
+    std::lock_guard<std::mutex> lock(schedule_->lock);
+    std::vector<Service> pending;
+    for (const auto& [when, service] : schedule_->due) pending.push_back(service);
+    return pending;
+}
+
+std::string SimDevice::WaitingFor() const {
+    std::string out;
+    std::lock_guard<std::mutex> lifecycle(lifecycle_);
+    {
+        std::lock_guard<std::mutex> lock(schedule_->lock);
+        auto now = std::chrono::steady_clock::now();
+        for (const auto& [when, service] : schedule_->due) {
+            auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(when - now).count();
+            out += std::string(out.empty() ? "" : ", ") + ServiceName(service) + " to register" +
+                   (ms > 0 ? " in " + std::to_string(ms) + " ms" : " now");
+        }
+        if (schedule_->registering > 0)
+            out += std::string(out.empty() ? "" : ", ") + "a registration under way";
+    }
+    std::string down;
+    for (const auto& slot : slots_) {
+        if (slot->declared && !slot->registered) {
+            down += std::string(down.empty() ? "" : ", ") + ServiceName(slot->service);
+        }
+    }
+    if (!down.empty()) {
+        out += std::string(out.empty() ? "" : "; ") +
+               "declared but not registered, so lookups of " + "them wait: " + down;
+    }
+    return out.empty() ? "the transport's reports, every service being registered" : out;
 }
 
 bool SimDevice::SetOnlyV10(Service service, bool only) {
@@ -243,6 +316,13 @@ bool SimDevice::Revive(Service service) {
     return RegisterLocked(*slots_[static_cast<size_t>(service)]);
 }
 
+bool SimDevice::ReviveAfter(Service service, int64_t ms) {
+    std::lock_guard<std::mutex> lock(lifecycle_);
+    if (slots_[static_cast<size_t>(service)]->registered) return false;
+    RegisterLater(service, ms);
+    return true;
+}
+
 void SimDevice::Withdraw(Service service) {
     {
         // A crashed service's restart must not bring it back.
@@ -264,16 +344,48 @@ bool SimDevice::IsRegistered(Service service) const {
     return slots_[static_cast<size_t>(service)]->registered;
 }
 
+bool SimDevice::Linked(Service service) const {
+    // Every descriptor of the chain names the same registration; the first version's is in all.
+    const ServiceInfo& info = Info(service);
+    std::string descriptor =
+        std::string(info.package) + "@" + info.versions.front() + "::" + info.interface;
+    return ::android::hardware::details::deathLinkCount(descriptor, info.instance) > 0;
+}
+
 bool SimDevice::Program(Service service, std::string_view operation, std::string_view answer,
                         std::string* error) {
-    std::optional<Answer> parsed = Answer::Parse(answer, error);
-    if (!parsed) return false;
-    return Program(service, operation, *parsed, error);
+    return Program(service, operation, std::vector<std::string>{std::string(answer)}, error);
 }
 
 bool SimDevice::Program(Service service, std::string_view operation, const Answer& answer,
                         std::string* error) {
-    return core_->Program(service, operation, answer, error);
+    return core_->Program(service, operation, {answer}, error);
+}
+
+bool SimDevice::Program(Service service, std::string_view operation,
+                        const std::vector<std::string>& answers, std::string* error) {
+    std::vector<Answer> parsed;
+    for (size_t i = 0; i < answers.size(); ++i) {
+        std::optional<Answer> answer = Answer::Parse(answers[i], error);
+        if (!answer) {
+            if (error != nullptr && answers.size() > 1) {
+                *error = "answer " + std::to_string(i + 1) + " of " +
+                         std::to_string(answers.size()) + ": " + *error;
+            }
+            return false;
+        }
+        parsed.push_back(std::move(*answer));
+    }
+    if (core_->Program(service, operation, parsed, error)) return true;
+    if (error != nullptr && answers.size() == 1 && FindOperation(service, operation) != nullptr) {
+        *error = internal::ExplainRefusal(answers[0], *error);
+    }
+    return false;
+}
+
+bool SimDevice::SetDelay(Service service, std::string_view operation, int64_t ms,
+                         std::string* error) {
+    return core_->SetDelay(service, operation, ms, error);
 }
 
 std::optional<Answer> SimDevice::CurrentAnswer(Service service, std::string_view operation) const {
@@ -320,6 +432,28 @@ void SimDevice::Reset() {
     core_->ClearRecords();
 }
 
-void SimDevice::WaitIdle() { ::android::hardware::details::waitForTransportIdle(); }
+bool SimDevice::WaitIdle(std::chrono::milliseconds timeout) {
+    // A marker behind every report posted so far; the transport runs them in order.
+    struct Marker {
+        std::mutex lock;
+        std::condition_variable reached;
+        bool done = false;
+    };
+    auto marker = std::make_shared<Marker>();
+    ::android::hardware::details::postToTransport([marker] {
+        std::lock_guard<std::mutex> lock(marker->lock);
+        marker->done = true;
+        marker->reached.notify_all();
+    });
+    std::unique_lock<std::mutex> lock(marker->lock);
+    return marker->reached.wait_for(lock, timeout, [&] { return marker->done; });
+}
+
+void SimDevice::WaitIdle() {
+    if (WaitIdle(kWaitBound)) return;
+    std::fprintf(stderr, "simdevice: the transport's reports still undelivered after %lld s\n",
+                 static_cast<long long>(kWaitBound.count()));
+    std::abort();
+}
 
 }  // namespace simdevice

@@ -122,6 +122,10 @@ TEST(DetectFlickerFrequence, DocumentedResults) {
         EXPECT_EQ(c.rc, DetectFlickerFrequence(block, c.count, frequency, c.rate)) << c.name;
         EXPECT_EQ(c.expected, frequency) << c.name;
         EXPECT_EQ(c.samples, Block(block, block + 256)) << c.name << ": samples modified";
+        AlgoContext kept;
+        frequency = -7;
+        EXPECT_EQ(c.rc, DetectFlickerSpectrum(block, c.count, frequency, c.rate, kept)) << c.name;
+        EXPECT_EQ(c.expected, frequency) << c.name << " (spectrum kept)";
     }
 }
 
@@ -202,12 +206,13 @@ TEST(Differential, DetectorMatchesStraightforwardEvaluation) {
         const AlgoContext caller = fast;
         ASSERT_EQ(ref_hz, CaclueFrequency(fast));
         ASSERT_TRUE(SameState(caller, fast));
-        // Its stages with the intermediates kept.
-        ASSERT_EQ(0, BandingLpf(fast.originalData, fast.lpfData, 256));
-        ProcessHammingWindowFilter(fast);
-        for (int n = 0; n < 1024; ++n) fast.fftData[n] = n < count ? fast.lpfData[n] : 0;
-        ASSERT_EQ(ref_hz, AnalyseDataWithFft(fast));
+        // The same detection with every intermediate kept, over a state holding stale values.
+        int32_t kept_hz = -1;
+        ASSERT_EQ(0, DetectFlickerSpectrum(block, count, kept_hz, rate, fast));
+        ASSERT_EQ(ref_hz, kept_hz);
         ASSERT_TRUE(SameState(ref, fast));
+        const float* peak = std::max_element(ref.amplitude + 20, ref.amplitude + 499);
+        ASSERT_EQ(*peak > 0.0f ? peak - ref.amplitude : 0, FlickerPeakBin(fast));
 
         if (i % 4 != 0) continue;
         // The raw block at another transform length, mostly no power of two: the table

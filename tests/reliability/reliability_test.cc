@@ -147,8 +147,7 @@ TEST(Faults, EveryNativeAgainstFailingServicesAndBadArguments) {
         if (texts + Count(params, "[]") == 0) continue;
         r = Reached(i, kHostile);
         ASSERT_EQ(r.calls.size(), 1u);
-        std::string args;
-        for (const std::string& a : r.calls[0].args) args += a + ", ";
+        const std::string args = r.calls[0].Text();
         EXPECT_EQ(Count(args, kHostileText), texts);
         EXPECT_EQ(Count(args, kHostileHex) + Count(args, ", ... (1000000 values)]"),
                   Count(params, "[]"));

@@ -277,7 +277,7 @@ TEST(Transport, DroppedReferencesTakeTheirDeathLinksWithThem) {
     EXPECT_EQ(::android::hardware::details::deathLinkCount(Power::descriptor, "default"),
               kept.size() + 1);
     ASSERT_TRUE(device.Kill(Service::kPower));
-    SimDevice::WaitIdle();
+    ASSERT_TRUE(SimDevice::WaitIdle(std::chrono::seconds(10))) << "transport reports undelivered";
     std::vector<uint64_t> expected;
     for (uint64_t pass = 0; pass < kPasses; pass += 100) expected.push_back(pass);
     expected.push_back(kPasses - 1);

@@ -11,9 +11,15 @@ namespace simdevice {
 // Installs the capturing logger and lowers the minimum priority to verbose. Lines logged before
 // are not captured; installing again only keeps capturing.
 void CaptureLogs();
-// Captured lines since the last take, oldest first, as "P TEXT" with P one of V D I W E F. The
-// text is the message as formatted, unchanged, after "TAG: " for a line with a tag. At most the
-// newest 65536 lines are kept.
+// One captured line.
+struct LogLine {
+    char priority;     // one of V D I W E F
+    std::string tag;   // empty for the library's lines, which have none
+    std::string text;  // the message as formatted, without its trailing line breaks
+};
+// Captured lines since the last take, oldest first. At most the newest 65536 are kept.
+std::vector<LogLine> TakeLogLines();
+// The same, as "P TEXT" with the message unchanged, after "TAG: " for a line with a tag.
 std::vector<std::string> TakeLogs();
 
 }  // namespace simdevice

@@ -11,6 +11,7 @@
 
 #include <vendor/tavrin/hardware/kxfactoryinterface/1.0/types.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -27,13 +28,28 @@ inline constexpr Service kAllServices[] = {
     Service::kFactory, Service::kDisplay, Service::kTouchscreen, Service::kSensors,
     Service::kPower,   Service::kLight,   Service::kOtherdevices};
 
-// "factory", "display", "touchscreen", "sensors", "power", "light", "otherdevices".
+// One service as a device offers it.
+struct ServiceInfo {
+    Service service;
+    const char* name;       // "factory", "display", "touchscreen", "sensors", "power", ...
+    const char* package;    // "vendor.tavrin.hardware.kxfactoryinterface"
+    const char* interface;  // "IKxFactoryInterface"
+    std::vector<const char*> versions;  // oldest first: {"1.0", "1.1"}
+    const char* instance;               // the name it registers under
+};
+const ServiceInfo& Info(Service service);
+
 const char* ServiceName(Service service);
 std::optional<Service> ServiceFromName(std::string_view name);
-// The name the service registers under: "kxfactoryinterface_hal" for the factory, else "default".
+// "kxfactoryinterface_hal" for the factory, else "default".
 const char* InstanceName(Service service);
 // Whether the service has a newer minor version that it can be told not to offer.
 bool HasMinorUpdate(Service service);
+
+// The static String fields of the app's MmiNativeManager that the library writes (touch-panel and
+// touch-key capacitance failure texts); a test puts them back between cases.
+inline constexpr const char* kWrittenFields[] = {"sTpCapacitanceFailInfo",
+                                                 "sTouchKeyCapacitanceFailInfo"};
 
 // What an operation answers: one value, or the values it hands to its callback, or no callback at
 // all, or a transport failure in the middle of the call, or a crash of the service in the middle of
@@ -44,10 +60,9 @@ class Answer {
     // Integers of every width travel as int64 until an operation's shape narrows them.
     using Value = std::variant<int64_t, bool, std::string, std::vector<int32_t>>;
 
-    // Text forms: "nocallback", "transport-error", "crash", or values separated by commas, each an
-    // integer (7, -3), true, false, a JSON string ("a\"b", "\u00e9"), a text as its bytes in
-    // hexadecimal (bytes:41ff42, any bytes at all) or an integer vector ([1, 2, 3]). Returns
-    // nothing and sets *error (if given) when the text is not an answer.
+    // Text forms: one of AnswerKeywords() as the whole answer, or values separated by commas, each
+    // one of AnswerForms(). Returns nothing and sets *error (if given) when the text is not an
+    // answer.
     static std::optional<Answer> Parse(std::string_view text, std::string* error);
 
     static Answer Values(std::vector<Value> values);
@@ -70,6 +85,23 @@ class Answer {
     std::vector<Value> values_;
 };
 
+// One code point as UTF-8: the device's texts are UTF-8.
+void AppendUtf8(uint32_t code_point, std::string* out);
+
+// The answer grammar, as tools show it to their users.
+struct AnswerKeyword {
+    const char* word;    // "nocallback"
+    bool callback_only;  // refused for operations that return a value
+    const char* meaning;
+};
+const std::vector<AnswerKeyword>& AnswerKeywords();
+struct AnswerForm {
+    const char* form;     // "integer"
+    const char* example;  // "-3"
+    const char* meaning;
+};
+const std::vector<AnswerForm>& AnswerForms();
+
 enum class Type {
     kInt32,
     kInt64,
@@ -91,11 +123,27 @@ struct Field {
 struct OperationInfo {
     const char* name;
     const char* version;  // of the interface that declares it: "1.0", "1.1" or "2.0"
+    uint32_t position;    // its transaction code, fixed by the interface's declaration order
     std::vector<Field> args;
     bool callback;               // answers through a callback rather than a returned value
     std::vector<Field> answers;  // the returned value, or the callback's arguments
+    // What a healthy device answers, fitted to the shape.
+    Answer healthy = Answer::Values({});
+    // Where the healthy answer depends on the first argument (getFactoryInfo's info kind): the
+    // answer for each key; other keys get healthy.
+    std::vector<std::pair<int32_t, Answer>> healthy_by_key;
     // "value: int64" or "callback: int32 resultCode, int32[] samples".
     std::string Shape() const;
+};
+
+// An argument as a call delivered it, as plain values: texts are the bytes received, records
+// their fields in declaration order, vectors of records lists.
+struct ArgValue;
+using ArgRecord = std::vector<std::pair<std::string, ArgValue>>;
+struct ArgValue {
+    std::variant<int32_t, int64_t, bool, std::string, std::vector<int32_t>, ArgRecord,
+                 std::vector<ArgValue>>
+        value;
 };
 
 // One call that reached a service.
@@ -103,10 +151,11 @@ struct Call {
     Service service;
     std::string operation;
     uint32_t position;  // as the transport delivered it; 0 when called without the transport
-    // Ints in decimal, bools as true/false, strings JSON-quoted, vectors as [1, 2, 3] (the first 32
-    // values, then ", ... (N values)]"), records as {field: value, ...} in the record's order.
-    std::vector<std::string> args;
-    std::string Text() const;  // "service.operation(arg, arg)"
+    std::vector<ArgValue> args;
+    // "service.operation(arg, arg)": ints in decimal, bools as true/false, texts JSON-quoted,
+    // int vectors as [1, 2, 3] (the first 32 values, then ", ... (N values)]"), records as
+    // {field: value, ...}, lists of records as [{...}, {...}].
+    std::string Text() const;
 };
 
 namespace internal {
@@ -149,10 +198,23 @@ class SimDevice {
     bool Kill(Service service);
     // Registers the service (again): a new registration report. False when already registered.
     bool Revive(Service service);
+    // Registers the service ms milliseconds from now, on the device's own thread, and returns at
+    // once: a client's lookup waits for it as on a device. False when it is registered.
+    bool ReviveAfter(Service service, int64_t ms);
     bool IsRegistered(Service service) const;
-    // Returns once every registration still to come (a start delay, a crashed service's restart)
-    // has been made and its reports delivered. Services set to stay down are not waited for.
-    void WaitRestarts();
+    // Whether a client holds a death link to the service's current registration: for the native
+    // library, whether its handle of the service is connected.
+    bool Linked(Service service) const;
+    // Returns once every registration still to come (a start delay, a crashed service's restart,
+    // a ReviveAfter) has been made and its reports delivered, or false when timeout ran out first
+    // (WaitingFor says what was still to come). Services set to stay down are not waited for.
+    bool WaitRestarts(std::chrono::milliseconds timeout);
+    // The services whose registration is still to come, soonest first.
+    std::vector<Service> PendingRegistrations() const;
+    // What the waits here may be waiting for, in words: registrations still to come, and declared
+    // services that are not registered (a client's lookup of one waits, and with it every report
+    // behind the client's handler).
+    std::string WaitingFor() const;
     // Takes the service off a started device as if it had never been there: killed if registered
     // and undeclared, so that lookups answer empty at once, until Reset. Clients see its death.
     void Withdraw(Service service);
@@ -164,9 +226,17 @@ class SimDevice {
                  std::string* error);
     bool Program(Service service, std::string_view operation, const Answer& answer,
                  std::string* error);
+    // Programs a sequence: successive calls take successive answers, and the last one holds. All
+    // or nothing: one refused answer leaves the operation as it was.
+    bool Program(Service service, std::string_view operation,
+                 const std::vector<std::string>& answers, std::string* error);
+    // Makes every later call of the operation take ms milliseconds before it answers (0: at
+    // once), as a slow service does. ResetAnswers ends it.
+    bool SetDelay(Service service, std::string_view operation, int64_t ms, std::string* error);
     // The answer the next call of the operation gets, for operations whose default does not
     // depend on the call's arguments; getFactoryInfo's default is keyed by its info kind.
     std::optional<Answer> CurrentAnswer(Service service, std::string_view operation) const;
+    // Every operation back to its healthy answer, at once.
     void ResetAnswers();
 
     // Every call recorded since the last take, oldest first. The record keeps the newest 65536.
@@ -185,7 +255,14 @@ class SimDevice {
     // registration.
     void Reset();
 
-    // Returns once every death and registration report posted so far has been delivered.
+    // Returns once every death and registration report posted so far has been delivered, or
+    // false when timeout ran out first.
+    static bool WaitIdle(std::chrono::milliseconds timeout);
+
+    // The two waits for callers that have no way out when one runs out (test harnesses): bounded
+    // by kWaitBound, after which the process ends, saying what it waited for.
+    static constexpr std::chrono::seconds kWaitBound{30};
+    void WaitRestarts();
     static void WaitIdle();
 
   private:

@@ -1,26 +1,27 @@
 package com.tavrin.mmitest.console;
 
-import java.io.IOException;
 import java.io.PrintWriter;
-import java.io.StringWriter;
-import java.io.UncheckedIOException;
 import java.lang.reflect.Method;
 import java.util.ArrayList;
 import java.util.Iterator;
 import java.util.List;
 import java.util.concurrent.Callable;
 
-import com.google.gson.stream.JsonWriter;
+import com.tavrin.mmitest.sim.Catalogue;
+import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import picocli.CommandLine;
 import picocli.CommandLine.Command;
 import picocli.CommandLine.Mixin;
+import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Option;
+import picocli.CommandLine.ParameterException;
 import picocli.CommandLine.Parameters;
+import picocli.CommandLine.Spec;
 
 /** {@code ./mmi call}: one native method against a simulated device set up by the options. */
-@Command(name = "call", sortOptions = false, versionProvider = Console.Version.class,
+@Command(name = "call", sortOptions = false, versionProvider = Console.Version.class, mixinStandardHelpOptions = true,
         header = "One native method against the simulated device",
         description = {"One native method. Prints 'result: VALUE', then 'field: NAME = VALUE' for each static field "
                 + "of MmiNativeManager the call wrote, 'log: P TEXT' for every log line and "
@@ -30,6 +31,9 @@ import picocli.CommandLine.Parameters;
         exitCodeList = {"0:the method ran (whatever it answered)", "1:the library did not load, or the method threw",
             "2:the command line was refused"})
 final class CallCommand implements Callable<Integer> {
+    @Spec
+    CommandSpec spec;
+
     @Mixin
     DeviceOptions device = new DeviceOptions();
 
@@ -41,12 +45,6 @@ final class CallCommand implements Callable<Integer> {
             description = "List the operations of every service (or of SERVICE) that --answer can program: the "
                     + "shape of their answer and the answer keywords they take.")
     String listOps;
-
-    @Option(names = {"-h", "--help"}, usageHelp = true, description = "Print this help.")
-    boolean help;
-
-    @Option(names = {"-V", "--version"}, versionHelp = true, description = "Print the version.")
-    boolean version;
 
     @Parameters(index = "0", arity = "0..1", paramLabel = "METHOD", completionCandidates = MethodNames.class,
             description = "A native method of MmiNativeManager.")
@@ -63,11 +61,9 @@ final class CallCommand implements Callable<Integer> {
         }
     }
 
-    /** The command line this command runs in; set when the console's command line is made. */
-    CommandLine commandLine;
-
     Method method;
     Object[] arguments;
+    List<String> listed;
 
     /** Parses a command line as the console does, without running it; refusals as IllegalArgumentException. */
     static CallCommand parse(List<String> args) {
@@ -76,105 +72,106 @@ final class CallCommand implements Callable<Integer> {
         all.addAll(args);
         try {
             line.parseArgs(all.toArray(new String[0]));
-        } catch (CommandLine.ParameterException e) {
+            CallCommand command = line.getSubcommands().get("call").getCommand();
+            command.check();
+            return command;
+        } catch (ParameterException e) {
             throw new IllegalArgumentException(Console.reason(e));
         }
-        CallCommand command = line.getSubcommands().get("call").getCommand();
-        command.resolve();
-        return command;
     }
 
-    /** Finds the method and reads its arguments. */
-    void resolve() {
-        if (methodName == null) {
-            throw new IllegalArgumentException("no method named; ./mmi call --help lists the methods");
+    /** Every check that needs no library: the options, the method and its arguments. */
+    void check() {
+        device.check(spec);
+        try {
+            if (listOps != null) {
+                if (methodName != null) {
+                    throw new IllegalArgumentException("--list-ops takes one service and calls no method, so '"
+                            + methodName + "' has no place; give --list-ops SERVICE alone");
+                }
+                listed = listOps.isEmpty() ? DeviceOptions.serviceNames() : List.of(DeviceOptions.service(listOps));
+                return;
+            }
+            if (methodName == null) {
+                throw new IllegalArgumentException("no method named; ./mmi call --help lists the methods");
+            }
+            method = Natives.find(methodName);
+            arguments = Natives.arguments(method, argTexts);
+        } catch (IllegalArgumentException | CommandLine.TypeConversionException e) {
+            String option = e instanceof CommandLine.TypeConversionException ? "--list-ops: " : "";
+            throw new ParameterException(spec.commandLine(), option + e.getMessage());
         }
-        method = Natives.find(methodName);
-        arguments = Natives.arguments(method, argTexts);
     }
 
     @Override
     public Integer call() {
-        PrintWriter out = commandLine.getOut();
-        PrintWriter err = commandLine.getErr();
-        if (listOps != null) {
-            try {
-                listOperations(out, Terminal.of(System.getenv(), true), listOps.isEmpty() ? DeviceOptions.SERVICES
-                        : List.of(DeviceOptions.service(listOps, DeviceOptions.SERVICES)));
-            } catch (CommandLine.TypeConversionException e) {
-                err.println("mmi call: --list-ops: " + e.getMessage());
-                return Console.USAGE;
-            }
+        PrintWriter out = spec.commandLine().getOut();
+        PrintWriter err = spec.commandLine().getErr();
+        check();
+        if (Console.CHECK_ONLY) {
             return Console.OK;
         }
-        try {
-            resolve();
-        } catch (IllegalArgumentException e) {
-            err.println("mmi call: " + e.getMessage());
-            return Console.USAGE;
+        if (listed != null) {
+            listOperations(out, Terminal.of(System.getenv(), true), listed);
+            return Console.OK;
         }
-        String refused = device.apply();
-        if (refused != null) {
-            err.println("mmi call: " + refused);
-            return Console.USAGE;
-        }
-        String[] loadLogs;
-        if (device.startNote() != null) {
-            err.println("mmi call: " + device.startNote());
-        }
-        try {
-            loadLogs = Natives.startDevice();
-        } catch (IllegalStateException e) {
-            err.println("mmi call: " + e.getMessage());
-            return Console.FAILED;
-        }
+        device.apply();
+        List<LogLine> loadLogs = Natives.startDevice(device, err, "mmi call: ");
         StepRecord r = StepRecord.invoke(method, arguments);
-        // A crashed service's restart, and the reconnect it brings, belong to the call's story.
-        SimulatedDevice.waitRestarts();
-        List<String> logs = new ArrayList<>();
-        if (device.lateStart()) {
-            logs.addAll(List.of(loadLogs));  // the load waited for a late service
-        }
-        logs.addAll(List.of(r.logs));
-        logs.addAll(List.of(SimulatedDevice.takeLogs()));
-        r.logs = logs.toArray(new String[0]);
         if (r.thrown != null) {
-            err.println("mmi call: " + method.getName() + " threw " + r.thrown);
-            return Console.FAILED;
+            throw new Console.Failure(method.getName() + " threw " + r.thrown);
         }
+        // The load's lines belong to the call's story when the load waited for a late service.
+        List<LogLine> logs = new ArrayList<>(device.startNote() != null ? loadLogs : List.of());
+        logs.addAll(r.logs);
+        r.logs = logs;
+        if (!json) {
+            // The answer as soon as it is known; a crashed service's restart is told after it.
+            out.println("result: " + Values.format(r.result));
+            r.detail().forEach(line -> out.println(Terminal.printable(line)));
+        }
+        List<LogLine> restart = awaitRestart(err);
         if (json) {
+            logs.addAll(restart);
             out.println(json(r));
         } else {
-            out.println("result: " + Values.format(r.result));
-            r.detail().forEach(out::println);
+            restart.forEach(line -> out.println(Terminal.printable("log: " + line)));
         }
         return Console.OK;
+    }
+
+    /** Waits for a service that crashed in the call to register again; the log lines its return brought. */
+    private List<LogLine> awaitRestart(PrintWriter err) {
+        List<String> pending = SimulatedDevice.pendingRegistrations();
+        long delay = device.restartDelay != null ? device.restartDelay : DeviceOptions.DEFAULT_RESTART_MS;
+        String what = String.join(", ", pending) + " to restart";
+        if (!pending.isEmpty() && delay > 2000) {
+            err.println("mmi call: waiting for " + what + " (--restart-delay " + delay + " ms)");
+        }
+        return Console.await(err, "mmi call: ", what, delay, () -> {
+            if (!SimulatedDevice.waitRestarts(delay + SimulatedDevice.DEFAULT_WAIT_MS)) {
+                throw new Console.Failure("gave up waiting for " + SimulatedDevice.waitingFor());
+            }
+            return SimulatedDevice.takeLogLines();
+        });
     }
 
     /** One row per operation: service, operation, what it answers and the answer keywords it takes. */
     static void listOperations(PrintWriter out, Terminal terminal, List<String> services) {
         // Each operation on a line of its own and its keywords under it, so nothing is cut at any
         // width; a line still too wide goes on on the next.
-        for (String service : services) {
-            String[] names = SimulatedDevice.operations(service);
-            String[] shapes = SimulatedDevice.shapes(service);
-            for (int i = 0; i < names.length; i++) {
-                List<String> lines = new ArrayList<>(Table.wrap(Table.INDENT + service + "." + names[i] + "  "
-                        + shapes[i], terminal.width));
-                lines.addAll(Table.wrap(Table.INDENT + "  keywords: " + String.join(", ", Answers.keywords(shapes[i])),
-                        terminal.width));
-                lines.forEach(out::println);
+        Catalogue catalogue = SimulatedDevice.catalogue();
+        for (String name : services) {
+            for (Catalogue.Operation op : catalogue.service(name).orElseThrow().operations()) {
+                Table.wrap(Table.INDENT + name + "." + op.name() + "  " + op.shape(), terminal.width)
+                        .forEach(out::println);
+                Table.wrap(Table.INDENT + "  keywords: " + String.join(", ", catalogue.keywordsFor(op).stream()
+                        .map(Catalogue.Keyword::word).toList()), terminal.width).forEach(out::println);
             }
         }
     }
 
     static String json(StepRecord r) {
-        StringWriter text = new StringWriter();
-        try (JsonWriter w = Values.jsonWriter(text)) {
-            r.writeJson(w);
-        } catch (IOException e) {
-            throw new UncheckedIOException(e);
-        }
-        return text.toString();
+        return Values.json(r);
     }
 }

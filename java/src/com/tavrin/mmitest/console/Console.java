@@ -2,53 +2,87 @@ package com.tavrin.mmitest.console;
 
 import java.io.FileDescriptor;
 import java.io.FileOutputStream;
+import java.io.IOException;
+import java.io.OutputStream;
 import java.io.OutputStreamWriter;
 import java.io.PrintWriter;
 import java.lang.reflect.Method;
 import java.nio.charset.StandardCharsets;
 import java.util.ArrayList;
+import java.util.Collection;
 import java.util.List;
+import java.util.Locale;
 import java.util.concurrent.Callable;
+import java.util.concurrent.CompletableFuture;
+import java.util.concurrent.CompletionException;
+import java.util.concurrent.ExecutionException;
+import java.util.concurrent.TimeUnit;
+import java.util.concurrent.TimeoutException;
+
+import com.tavrin.mmitest.sim.Catalogue;
 
 import picocli.CommandLine;
 import picocli.CommandLine.Command;
-import picocli.CommandLine.MissingParameterException;
+import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.ParameterException;
+import picocli.CommandLine.Spec;
 import picocli.CommandLine.TypeConversionException;
 import picocli.CommandLine.UnmatchedArgumentException;
 
 /**
  * The factory-test console: the native library in front of the simulated device.
  *
- * <p>Exit codes: 0 done, 1 the library, a step or the drill failed, 2 a command line the console
- * refuses.
+ * <p>Exit codes: 0 done, 1 the library, a step, the drill or a write failed, 2 a command line the
+ * console refuses.
  */
 @Command(name = "mmi", subcommands = {FactoryRun.class, CallCommand.class, CommandLine.HelpCommand.class},
         versionProvider = Console.Version.class, mixinStandardHelpOptions = true,
         description = "The factory-test console: the native library in front of the simulated device.",
         exitCodeListHeading = "%nExit codes:%n",
-        exitCodeList = {"0:done, every check passed", "1:a step, a check or the library failed",
-            "2:the command line was refused, or an output file cannot be written"})
+        exitCodeList = {"0:done, every check passed", "1:a step, a check, the library or a write failed",
+            "2:the command line was refused"})
 public final class Console implements Callable<Integer> {
     static final int OK = 0;
     static final int FAILED = 1;
     static final int USAGE = 2;
+    /**
+     * Set by ./mmi before it builds the library: run only the checks that need no library, so that a
+     * refused command line never waits for a build.
+     */
+    static final boolean CHECK_ONLY = Boolean.getBoolean("mmi.check-only");
 
-    /** The command line this command runs in; set when the console's command line is made. */
-    CommandLine line;
+    @Spec
+    CommandSpec spec;
+
+    /** Something that stopped the command after its command line was accepted: exit 1, one line. */
+    static final class Failure extends RuntimeException {
+        private static final long serialVersionUID = 1L;
+
+        Failure(String message) {
+            super(message);
+        }
+    }
 
     public static void main(String[] args) {
-        CommandLine line = commandLine();
+        Sink out = new Sink(FileDescriptor.out);
+        Sink err = new Sink(FileDescriptor.err);
+        CommandLine line = commandLine(out, err);
         int code = line.execute(args);
-        line.getOut().flush();
-        line.getErr().flush();
+        // A result that never reached its reader is no result: coreutils' rule for stdout.
+        if (line.getOut().checkError()) {
+            line.getErr().println("mmi: cannot write standard output: " + out.failure);
+            code = code == OK ? FAILED : code;
+        }
+        if (line.getErr().checkError()) {
+            code = code == OK ? FAILED : code;
+        }
         System.exit(code);
     }
 
     @Override
     public Integer call() {
-        line.usage(line.getOut());
+        spec.commandLine().usage(spec.commandLine().getOut());
         return OK;
     }
 
@@ -64,20 +98,35 @@ public final class Console implements Callable<Integer> {
         }
     }
 
-    /** The console's command line, writing UTF-8 whatever the locale: device texts may carry any character. */
+    /** A standard stream that remembers why a write failed, for the one line that says so. */
+    static final class Sink extends FileOutputStream {
+        String failure;
+
+        Sink(FileDescriptor fd) {
+            super(fd);
+        }
+
+        @Override
+        public void write(byte[] bytes, int offset, int length) throws IOException {
+            try {
+                super.write(bytes, offset, length);
+            } catch (IOException e) {
+                failure = e.getMessage() == null ? "write error" : e.getMessage().toLowerCase(Locale.ROOT);
+                throw e;
+            }
+        }
+    }
+
     static CommandLine commandLine() {
-        Console console = new Console();
-        CommandLine line = new CommandLine(console);
-        console.line = line;
-        CommandLine run = line.getSubcommands().get("run");
-        CommandLine call = line.getSubcommands().get("call");
-        ((FactoryRun) run.getCommand()).commandLine = run;
-        ((CallCommand) call.getCommand()).commandLine = call;
-        line.setOut(new PrintWriter(new OutputStreamWriter(new FileOutputStream(FileDescriptor.out),
-                StandardCharsets.UTF_8), true));
-        line.setErr(new PrintWriter(new OutputStreamWriter(new FileOutputStream(FileDescriptor.err),
-                StandardCharsets.UTF_8), true) {
-            // Messages echo what the user typed: a control character in it is shown, not obeyed.
+        return commandLine(new Sink(FileDescriptor.out), new Sink(FileDescriptor.err));
+    }
+
+    /** The console's command line, writing UTF-8 whatever the locale: device texts may carry any character. */
+    static CommandLine commandLine(OutputStream out, OutputStream err) {
+        CommandLine line = new CommandLine(new Console());
+        line.setOut(new PrintWriter(new OutputStreamWriter(out, StandardCharsets.UTF_8), true));
+        line.setErr(new PrintWriter(new OutputStreamWriter(err, StandardCharsets.UTF_8), true) {
+            // Messages echo what the user typed and what a service sent: shown, never obeyed.
             @Override
             public void println(String message) {
                 super.println(Terminal.printable(message));
@@ -86,67 +135,139 @@ public final class Console implements Callable<Integer> {
         // Method arguments are taken as typed: "@x" is a text, not a file to read arguments from;
         // options may come before or after the method, and after "--" everything is an argument.
         line.setExpandAtFiles(false);
-        line.setParameterExceptionHandler(Console::refuse);
-        run.getCommandSpec().usageMessage().footer(DEVICE_NOTES.toArray(new String[0]));
-        call.getCommandSpec().usageMessage().footer(callFooter());
+        line.setParameterExceptionHandler((e, args) -> {
+            CommandLine where = e.getCommandLine();
+            where.getErr().println(prefix(where) + reason(e));
+            return USAGE;
+        });
+        line.setExitCodeExceptionMapper(e -> e instanceof IllegalArgumentException ? USAGE : FAILED);
+        line.setExecutionExceptionHandler((e, where, parsed) -> {
+            boolean ours = e instanceof Failure || e instanceof IllegalArgumentException;
+            where.getErr().println(prefix(where) + (ours ? e.getMessage() : "internal error: " + e));
+            return where.getExitCodeExceptionMapper().getExitCode(e);
+        });
+        line.getSubcommands().get("run").getCommandSpec().usageMessage().footer(deviceNotes().toArray(new String[0]));
+        line.getSubcommands().get("call").getCommandSpec().usageMessage().footer(callFooter());
         return line;
     }
 
-    private static int refuse(ParameterException e, String[] args) {
-        CommandLine line = e.getCommandLine();
-        boolean top = line.getParent() == null;
-        line.getErr().println((top ? "mmi" : "mmi " + line.getCommandName()) + ": " + reason(e));
-        if (top) {
-            line.usage(line.getErr());
-        }
-        return USAGE;
+    static String prefix(CommandLine line) {
+        return line.getParent() == null ? "mmi: " : "mmi " + line.getCommandName() + ": ";
     }
 
-    /** What was wrong with the command line, naming the argument. */
+    /** What was wrong with the command line, naming the argument: one diagnosis each. */
     static String reason(ParameterException e) {
         if (e.getCause() instanceof TypeConversionException) {
             // A converter may not know which option it serves: name it unless the message does.
             String message = e.getCause().getMessage();
-            if (e.getArgSpec() instanceof OptionSpec) {
-                String option = ((OptionSpec) e.getArgSpec()).longestName();
-                return message.contains(option) ? message : option + ": " + message;
+            if (e.getArgSpec() instanceof OptionSpec o) {
+                return message.startsWith(o.longestName()) ? message : o.longestName() + ": " + message;
             }
             return message;
         }
-        if (e instanceof MissingParameterException) {
-            for (CommandLine.Model.ArgSpec missing : ((MissingParameterException) e).getMissing()) {
-                if (missing instanceof OptionSpec) {
-                    return ((OptionSpec) missing).longestName() + " needs a value";
+        if (e instanceof CommandLine.MissingParameterException m) {
+            for (CommandLine.Model.ArgSpec missing : m.getMissing()) {
+                if (missing instanceof OptionSpec o) {
+                    return o.longestName() + " needs a value";
                 }
             }
         }
-        if (e instanceof UnmatchedArgumentException) {
-            List<String> unmatched = ((UnmatchedArgumentException) e).getUnmatched();
-            if (e.getCommandLine().getParent() == null) {
-                return "unknown command: " + String.join(" ", unmatched);
+        if (e instanceof UnmatchedArgumentException u) {
+            CommandLine where = e.getCommandLine();
+            String first = u.getUnmatched().get(0);
+            List<String> names = new ArrayList<>(where.getSubcommands().keySet());
+            if (first.startsWith("-")) {
+                where.getCommandSpec().options().forEach(o -> names.addAll(List.of(o.names())));
             }
-            String first = unmatched.get(0);
-            if (!first.startsWith("-")) {
-                return "unexpected argument " + first;
-            }
-            boolean call = e.getCommandLine().getCommandName().equals("call");
-            return "unknown option " + first + (call ? " (an argument that begins with - goes after --: "
-                    + "mmi call METHOD -- " + first + ")" : "");
+            String guess = closest(first.split("=", 2)[0], names);
+            String hint = guess != null ? " (did you mean " + guess + "?)"
+                    : where.getCommandName().equals("call") && first.startsWith("-")
+                            ? " (an argument that begins with - goes after --: mmi call METHOD -- " + first + ")" : "";
+            return (where.getParent() == null ? "unknown command " : first.startsWith("-") ? "unknown option "
+                    : "unexpected argument ") + first + hint;
         }
         return e.getMessage();
     }
 
-    /** SERVICE and ANSWER, for run and call. */
-    private static final List<String> DEVICE_NOTES = List.of("",
-            "SERVICE  " + String.join(", ", DeviceOptions.SERVICES),
-            "ANSWER   nocallback, transport-error, crash, or values separated by commas:",
-            "         7, true, \"text\", [1,2,3], bytes:HEX; quote the whole option for the",
-            "         shell to keep the quotes (a bare word is taken as text:",
-            "         power.getPowerState=5,x); mmi call --list-ops lists the operations",
-            "         and their answers");
+    /** The name a misspelt word was likely meant to be: a case-only difference or at most two edits; else null. */
+    static String closest(String word, Collection<String> names) {
+        String best = null;
+        int bestDistance = 3;
+        for (String name : names) {
+            int d = distance(word.toLowerCase(Locale.ROOT), name.toLowerCase(Locale.ROOT));
+            if (d < bestDistance) {
+                best = name;
+                bestDistance = d;
+            }
+        }
+        return best;
+    }
+
+    /** Edits (insert, delete, replace a character) that turn a into b. */
+    static int distance(String a, String b) {
+        int[] row = new int[b.length() + 1];
+        for (int j = 0; j <= b.length(); j++) {
+            row[j] = j;
+        }
+        for (int i = 1; i <= a.length(); i++) {
+            int diagonal = row[0];
+            row[0] = i;
+            for (int j = 1; j <= b.length(); j++) {
+                int above = row[j];
+                row[j] = Math.min(Math.min(row[j] + 1, row[j - 1] + 1),
+                        diagonal + (a.charAt(i - 1) == b.charAt(j - 1) ? 0 : 1));
+                diagonal = above;
+            }
+        }
+        return row[b.length()];
+    }
+
+    /**
+     * Does work that may wait on another thread and returns what it returns; a wait longer than
+     * two seconds says every five how long it has waited, so that no wait is silent.
+     */
+    static <T> T await(PrintWriter err, String prefix, String what, long expectedMs, Callable<T> work) {
+        CompletableFuture<T> done = CompletableFuture.supplyAsync(() -> {
+            try {
+                return work.call();
+            } catch (Exception e) {
+                throw new CompletionException(e);
+            }
+        });
+        long start = System.nanoTime();
+        for (long next = 2000; ; next += 5000) {
+            try {
+                return done.get(Math.max(1, next - (System.nanoTime() - start) / 1_000_000), TimeUnit.MILLISECONDS);
+            } catch (TimeoutException e) {
+                err.println(prefix + "still waiting for " + what + " (" + (System.nanoTime() - start) / 1_000_000_000
+                        + " s" + (expectedMs > 0 ? " of about " + (expectedMs + 999) / 1000 + " s" : "") + ")");
+            } catch (InterruptedException e) {
+                Thread.currentThread().interrupt();
+                throw new Failure("interrupted while waiting for " + what);
+            } catch (ExecutionException e) {
+                Throwable cause = e.getCause() instanceof CompletionException c && c.getCause() != null ? c.getCause()
+                        : e.getCause();
+                throw cause instanceof RuntimeException r ? r : new Failure(cause.toString());
+            }
+        }
+    }
+
+    /** SERVICE and ANSWER, for run and call, as the device names them when its library is there to ask. */
+    private static List<String> deviceNotes() {
+        List<String> services = DeviceOptions.serviceNames();
+        String keywords = DeviceOptions.known().map(c -> String.join(", ", c.keywords().stream()
+                .map(Catalogue.Keyword::word).toList()) + ", ").orElse("a keyword, ");
+        return List.of("",
+                "SERVICE  " + (services.isEmpty() ? "a service of the simulated device" : String.join(", ", services)),
+                "ANSWER   " + keywords + "or values separated by commas:",
+                "         7, true, \"text\", [1,2,3], bytes:HEX; quote the whole option for the",
+                "         shell to keep the quotes (a bare word is taken as text:",
+                "         power.getPowerState=5,x); mmi call --list-ops lists the operations",
+                "         and their answers");
+    }
 
     private static String[] callFooter() {
-        List<String> lines = new ArrayList<>(DEVICE_NOTES);
+        List<String> lines = new ArrayList<>(deviceNotes());
         lines.addAll(List.of(
                 "ARG      int, long: -12   boolean: true   String: '\"a\\u00e9\\n\"', a bare word,",
                 "         or null   int[]: '[1,2,3]'   byte[]: x007fa5ff",
@@ -159,10 +280,8 @@ public final class Console implements Callable<Integer> {
             // Help lines stay within 80 columns; a long signature goes on after its last comma
             // that fits, indented under the parameters.
             int cut = signature.length() < 80 ? -1 : signature.lastIndexOf(", ", 78);
-            if (cut < 0) {
-                lines.add(signature);
-            } else {
-                lines.add(signature.substring(0, cut + 1));
+            lines.add(cut < 0 ? signature : signature.substring(0, cut + 1));
+            if (cut >= 0) {
                 lines.add("      " + signature.substring(cut + 2));
             }
         }

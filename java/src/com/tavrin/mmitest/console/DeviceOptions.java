@@ -1,31 +1,29 @@
 package com.tavrin.mmitest.console;
 
+import com.tavrin.mmitest.sim.Catalogue;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.util.ArrayList;
 import java.util.Iterator;
+import java.util.Optional;
 import java.util.List;
 import java.util.StringJoiner;
 
 import picocli.CommandLine.ITypeConverter;
+import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Option;
+import picocli.CommandLine.ParameterException;
 import picocli.CommandLine.TypeConversionException;
 
 /** How the simulated device deviates from a healthy one: the options run and call share. */
 final class DeviceOptions {
-    static final List<String> SERVICES =
-            List.of("factory", "display", "touchscreen", "sensors", "power", "light", "otherdevices");
-    /** The services with a version 1.1 that --only-1.0 can withhold. */
-    static final List<String> VERSIONED = List.of("factory", "display", "sensors");
-
-    @Option(names = "--absent", paramLabel = "SERVICE", converter = AnyService.class,
-            completionCandidates = ServiceNames.class,
-            description = "Leave the service unregistered.")
+    @Option(names = "--absent", paramLabel = "SERVICE", converter = ServiceName.class,
+            completionCandidates = ServiceNames.class, description = "Leave the service unregistered.")
     List<String> absent = new ArrayList<>();
 
-    @Option(names = "--only-1.0", paramLabel = "SERVICE", converter = VersionedService.class,
+    @Option(names = "--only-1.0", paramLabel = "SERVICE", converter = ServiceName.class,
             completionCandidates = VersionedNames.class,
-            description = "Offer only version 1.0 of the service: factory, display or sensors.")
+            description = "Offer only version 1.0 of a service that has a version 1.1.")
     List<String> onlyV10 = new ArrayList<>();
 
     @Option(names = "--answer", paramLabel = "SERVICE.OPERATION=ANSWER", converter = AnswerConverter.class,
@@ -39,111 +37,122 @@ final class DeviceOptions {
     List<StartDelay> startDelays = new ArrayList<>();
 
     @Option(names = "--restart-delay", paramLabel = "MS|never", converter = RestartDelayConverter.class,
-            description = "How long a crashed service stays down before it registers again (default: 300), or never.")
+            description = "How long a crashed service stays down before it registers again (default: "
+                    + DEFAULT_RESTART_MS + "), or never.")
     Long restartDelay;
 
-    static final class StartDelay {
-        final String service;
-        final long ms;
+    record StartDelay(String service, long ms) {}
 
-        StartDelay(String service, long ms) {
-            this.service = service;
-            this.ms = ms;
-        }
-    }
-
-    static final class Answer {
-        final String service;
-        final String operation;
-        final String text;
-
-        Answer(String service, String operation, String text) {
-            this.service = service;
-            this.operation = operation;
-            this.text = text;
-        }
-
+    record Answer(String service, String operation, String text) {
         @Override
         public String toString() {
             return service + "." + operation + "=" + text;
         }
     }
 
-    /** Sets the device up before it starts; null when done, else what it refused. */
-    String apply() {
-        for (String service : absent) {
-            SimulatedDevice.setAbsent(service, true);
+    /**
+     * The device's description of itself, which names its services and answer keywords. Empty when
+     * its library is not built yet: ./mmi's checks before the build then leave the names to the
+     * console's second start.
+     */
+    static Optional<Catalogue> known() {
+        try {
+            return Optional.of(SimulatedDevice.catalogue());
+        } catch (LinkageError e) {
+            return Optional.empty();
         }
-        for (String service : onlyV10) {
-            SimulatedDevice.setOnlyV10(service, true);
+    }
+
+    static List<String> serviceNames() {
+        return known().map(Catalogue::serviceNames).orElse(List.of());
+    }
+
+    static List<String> versioned() {
+        return known().map(c -> c.services().stream().filter(Catalogue.Service::hasV11).map(Catalogue.Service::name)
+                .toList()).orElse(List.of());
+    }
+
+    /** Refuses options that contradict each other; needs no library. */
+    void check(CommandSpec spec) {
+        for (String s : onlyV10) {
+            if (!versioned().isEmpty() && !versioned().contains(s)) {
+                throw new ParameterException(spec.commandLine(), s + " has no version 1.1 to withhold (--only-1.0 "
+                        + "takes " + String.join(", ", versioned()) + ")");
+            }
+            if (absent.contains(s)) {
+                throw new ParameterException(spec.commandLine(), "--absent " + s + " and --only-1.0 " + s
+                        + " contradict each other: an absent service offers no version");
+            }
         }
-        for (StartDelay delay : startDelays) {
-            SimulatedDevice.setStartDelay(delay.service, delay.ms);
+        List<String> late = new ArrayList<>();
+        for (StartDelay d : startDelays) {
+            if (absent.contains(d.service())) {
+                throw new ParameterException(spec.commandLine(), "--absent " + d.service() + " and --start-delay "
+                        + d.service() + "=" + d.ms() + " contradict each other: an absent service never registers");
+            }
+            if (late.contains(d.service())) {
+                throw new ParameterException(spec.commandLine(), "--start-delay " + d.service()
+                        + " is given twice; give one delay per service");
+            }
+            late.add(d.service());
         }
+    }
+
+    /** Sets the device up before it starts; a refused answer is the user's to correct. */
+    void apply() {
+        try {
+            SimulatedDevice.catalogue();
+        } catch (LinkageError e) {
+            throw new Console.Failure("cannot load the simulated device: " + e.getMessage());
+        }
+        absent.forEach(s -> SimulatedDevice.setAbsent(s, true));
+        onlyV10.forEach(s -> SimulatedDevice.setOnlyV10(s, true));
+        startDelays.forEach(d -> SimulatedDevice.setStartDelay(d.service(), d.ms()));
         if (restartDelay != null) {
             SimulatedDevice.setRestartDelay(restartDelay);
         }
-        for (Answer answer : answers) {
-            String error = program(answer);
+        programAnswers();
+    }
+
+    /** Programs every --answer as typed: the device reads a bare word as text, as the shell leaves it. */
+    void programAnswers() {
+        for (Answer a : answers) {
+            String error = SimulatedDevice.program(a.service(), a.operation(), a.text());
             if (error != null) {
-                return "--answer " + answer + ": " + error;
+                throw new IllegalArgumentException("--answer " + a + ": " + error);
             }
         }
-        return null;
     }
 
-    /** Programs an answer as typed, or with its bare words quoted; null when accepted, else why not. */
-    static String program(Answer answer) {
-        String error = SimulatedDevice.program(answer.service, answer.operation, answer.text);
-        if (error == null) {
-            return null;
+    static String service(String name) {
+        List<String> names = serviceNames();
+        if (names.isEmpty() || names.contains(name)) {
+            return name;
         }
-        String requoted = Answers.requote(answer.text);
-        if (requoted.equals(answer.text)) {
-            return Answers.explain(answer.text, error);
-        }
-        String again = SimulatedDevice.program(answer.service, answer.operation, requoted);
-        return again == null ? null : Answers.explain(answer.text, error + "; quoted as " + requoted + ": " + again);
+        String guess = Console.closest(name, names);
+        throw new TypeConversionException("unknown service '" + name + "'" + (guess != null
+                ? " (did you mean " + guess + "?)" : "; the services are " + String.join(", ", names)));
     }
 
-    static String service(String name, List<String> allowed) {
-        if (!allowed.contains(name)) {
-            throw new TypeConversionException("unknown service '" + name + "'; the services are "
-                    + String.join(", ", allowed));
+    static final class ServiceName implements ITypeConverter<String> {
+        @Override
+        public String convert(String name) {
+            return service(name);
         }
-        return name;
     }
 
     /** What the shell completion offers where a service is named. */
     static final class ServiceNames implements Iterable<String> {
         @Override
         public Iterator<String> iterator() {
-            return SERVICES.iterator();
+            return serviceNames().iterator();
         }
     }
 
     static final class VersionedNames implements Iterable<String> {
         @Override
         public Iterator<String> iterator() {
-            return VERSIONED.iterator();
-        }
-    }
-
-    static final class AnyService implements ITypeConverter<String> {
-        @Override
-        public String convert(String value) {
-            return service(value, SERVICES);
-        }
-    }
-
-    static final class VersionedService implements ITypeConverter<String> {
-        @Override
-        public String convert(String value) {
-            if (SERVICES.contains(value) && !VERSIONED.contains(value)) {
-                throw new TypeConversionException(value + " has no version 1.1 to withhold (--only-1.0 takes "
-                        + String.join(", ", VERSIONED) + ")");
-            }
-            return service(value, VERSIONED);
+            return versioned().iterator();
         }
     }
 
@@ -156,16 +165,16 @@ final class DeviceOptions {
             return null;
         }
         StringJoiner late = new StringJoiner(", ");
-        for (StartDelay delay : startDelays) {
-            late.add(delay.service + " after " + delay.ms + " ms");
-        }
+        startDelays.forEach(d -> late.add(d.service() + " after " + d.ms() + " ms"));
         return "the library's load waits for the late services to register (" + late + ")";
     }
 
-    /** Whether a service starts late, so that what the library's load went through is worth showing. */
-    boolean lateStart() {
-        return !startDelays.isEmpty();
+    long longestStartDelay() {
+        return startDelays.stream().mapToLong(StartDelay::ms).max().orElse(0);
     }
+
+    /** How long a crashed service stays down when --restart-delay does not say. */
+    static final long DEFAULT_RESTART_MS = 300;
 
     /** The longest a delay may be: longer ones would look like a hang. */
     static final long MAX_DELAY_MS = 60_000;
@@ -190,7 +199,7 @@ final class DeviceOptions {
             if (eq <= 0) {
                 throw new TypeConversionException("--start-delay takes SERVICE=MS, got " + option);
             }
-            return new StartDelay(service(option.substring(0, eq), SERVICES),
+            return new StartDelay(service(option.substring(0, eq)),
                     milliseconds(option.substring(eq + 1), "--start-delay", ""));
         }
     }
@@ -210,7 +219,7 @@ final class DeviceOptions {
             if (dot <= 0 || dot + 1 == eq) {
                 throw new TypeConversionException("--answer takes SERVICE.OPERATION=ANSWER, got " + option);
             }
-            return new Answer(service(option.substring(0, dot), SERVICES), option.substring(dot + 1, eq),
+            return new Answer(service(option.substring(0, dot)), option.substring(dot + 1, eq),
                     option.substring(eq + 1));
         }
     }

@@ -1,10 +1,10 @@
 package com.tavrin.mmitest.console;
 
+import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.model.BigDataOperation;
 import com.tavrin.mmitest.model.BigDataValue;
 
 import java.lang.reflect.Method;
-import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
 import java.util.Objects;
@@ -19,35 +19,32 @@ final class FactorySequence {
     private FactorySequence() {}
 
     /** What a healthy device answers to a step; the verdict of a step is this test of its answer. */
-    static final class Expect {
-        final String shown;
-        private final Predicate<Object> healthy;
-
-        private Expect(String shown, Predicate<Object> healthy) {
-            this.shown = shown;
-            this.healthy = healthy;
-        }
-
+    record Expect(String shown, Predicate<Object> healthy) {
         boolean test(Object answer) {
             return healthy.test(answer);
         }
     }
 
     /** A service result code: 0 is success. */
-    static final Expect CODE = new Expect("0", a -> a instanceof Number && ((Number) a).longValue() == 0);
+    static final Expect CODE = new Expect("0", a -> a instanceof Number n && n.longValue() == 0);
     /** A measured or configured quantity: the failure value is -1, and none is negative. */
-    static final Expect QUANTITY = new Expect(">= 0", a -> a instanceof Number && ((Number) a).longValue() >= 0);
+    static final Expect QUANTITY = new Expect(">= 0", a -> a instanceof Number n && n.longValue() >= 0);
     static final Expect TRUE = new Expect("true", Boolean.TRUE::equals);
 
     /** A non-empty text that is none of the method's failure texts. */
     static Expect text(String... failures) {
         List<String> bad = Arrays.asList(failures);
         String shown = bad.isEmpty() ? "text" : "text, not " + String.join(" or ", bad);
-        return new Expect(shown, a -> a instanceof String && !((String) a).isEmpty() && !bad.contains(a));
+        return new Expect(shown, a -> a instanceof String t && !t.isEmpty() && !bad.contains(t));
+    }
+
+    /** A text of the healthy answer's form, e.g. a list of rates. */
+    static Expect form(String shown, String regex) {
+        return new Expect(shown, a -> a instanceof String t && t.matches(regex));
     }
 
     static Expect values(int count) {
-        return new Expect(count + " values", a -> a instanceof int[] && ((int[]) a).length == count);
+        return new Expect(count + " values", a -> a instanceof int[] v && v.length == count);
     }
 
     static final class Step {
@@ -59,6 +56,8 @@ final class FactorySequence {
         /** What the method answers when its service is gone, if not the usual value of its type. */
         private Object failure;
         private boolean failureGiven;
+        /** How the error-priority lines a healthy call writes begin: its result, logged at that priority. */
+        private List<String> healthyErrors = List.of();
 
         Step(String method, Expect expect, Object... args) {
             this.method = method;
@@ -75,6 +74,17 @@ final class FactorySequence {
             failure = value;
             failureGiven = true;
             return this;
+        }
+
+        Step logsAtError(String... starts) {
+            healthyErrors = List.of(starts);
+            return this;
+        }
+
+        /** Whether a log line is an error a healthy device would not cause. */
+        boolean unhealthy(LogLine line) {
+            return (line.priority() == 'E' || line.priority() == 'F')
+                    && healthyErrors.stream().noneMatch(start -> line.text().startsWith("KxMMITest_jni: " + start));
         }
 
         Method resolve() {
@@ -103,8 +113,8 @@ final class FactorySequence {
         }
         return List.of(
                 // Power and USB first: a device that cannot report its battery is not tested further.
-                step("getPowerStateNative", text(), "battery"),
-                step("setPowerStateNative", CODE, "charging", "enable"),
+                step("getPowerStateNative", form("NAME=VALUE,...", "[a-z_]+=[^,=]*(,[a-z_]+=[^,=]*)*"), "battery"),
+                step("setPowerStateNative", CODE, "charging", "enable").logsAtError("SetPowerState, "),
                 step("checkUsbSpeedNative", CODE, "usb3"),
                 // Who the device is and where it has been.
                 step("isFactoryVersionNative", TRUE),
@@ -161,7 +171,8 @@ final class FactorySequence {
                 step("getFlickerFrequencyNative", QUANTITY, 0),
                 step("sensorActivateNative", TRUE, 5, false, 0),
                 // Display refresh rate and brightness.
-                step("getScreenFpsConfigNative", text(FPS_FAILED)).failsWith(FPS_FAILED),
+                step("getScreenFpsConfigNative", form("rates such as 60,90", "[1-9][0-9]*(,[1-9][0-9]*)*"))
+                        .failsWith(FPS_FAILED),
                 step("setScreenFpsNative", TRUE, 1),
                 step("setLightBrightnessNative", CODE, 0, 255),
                 // Signature, memory card, high temperature; then the service may let go.
@@ -169,41 +180,28 @@ final class FactorySequence {
                         .calls(),
                 step("setMockCardTestModeNative", CODE, "1"),
                 step("getMockCardTestResultNative", text()),
-                step("executeHighTemperInterceptCmdNative", CODE, "charge", "temp=45"),
+                step("executeHighTemperInterceptCmdNative", CODE, "charge", "temp=45")
+                        .logsAtError("ExecuteHighTemperInterceptCmd, "),
                 step("setMmiResultNative", CODE, 1, 1),
                 step("releaseFactoryHidlResourceNative", CODE));
     }
 
-    /** A step of the sequence that shows whether one service's handle is held. */
-    static final class Probe {
-        final String service;
-        final Step step;
+    /** A step that shows whether the library holds its handle of one service, and the operation it calls there. */
+    record Probe(Step step, String operation) {}
 
-        Probe(String service, Step step) {
-            this.service = service;
-            this.step = step;
-        }
-    }
-
-    /** One probe per service for the service-death drill, two for power, which the drill kills. */
+    /**
+     * One probe per service, two for power, which the drill kills by default. The operation a
+     * probe calls is the library's to know; the device's catalogue tells whose operation it is.
+     */
     static List<Probe> probes() {
         String[][] table = {
-            {"power", "getPowerStateNative"},
-            {"power", "checkUsbSpeedNative"},
-            {"factory", "getBsnNative"},
-            {"display", "getScreenFpsConfigNative"},
-            {"touchscreen", "getTpPressureStatusNative"},
-            {"sensors", "getSensorCalibrateDelayTimeNative"},
-            {"light", "setLightBrightnessNative"},
-            {"otherdevices", "getTouchKeySupportFlagNative"},
-        };
-        List<Step> steps = steps();
-        List<Probe> probes = new ArrayList<>();
-        for (String[] row : table) {
-            Step step = steps.stream().filter(s -> s.method.equals(row[1])).findFirst()
-                    .orElseThrow(() -> new IllegalStateException("no step calls " + row[1]));
-            probes.add(new Probe(row[0], step));
-        }
-        return probes;
+            {"getPowerStateNative", "getPowerState"}, {"checkUsbSpeedNative", "checkUsbSpeed"},
+            {"getBsnNative", "getFactoryInfo"}, {"getScreenFpsConfigNative", "getDisplayFpsConfig"},
+            {"getTpPressureStatusNative", "getTpPressureStatus"},
+            {"getSensorCalibrateDelayTimeNative", "getSensorCalibrateDelayTime"},
+            {"setLightBrightnessNative", "setLightBrightness"},
+            {"getTouchKeySupportFlagNative", "getTouchKeySupportState"}};
+        return Arrays.stream(table).map(row -> new Probe(steps().stream().filter(s -> s.method.equals(row[0]))
+                .findFirst().orElseThrow(() -> new IllegalStateException("no step calls " + row[0])), row[1])).toList();
     }
 }

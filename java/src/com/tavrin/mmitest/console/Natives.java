@@ -1,8 +1,10 @@
 package com.tavrin.mmitest.console;
 
 import com.tavrin.mmitest.controller.MmiNativeManager;
+import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
+import java.io.PrintWriter;
 import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
 import java.lang.reflect.Modifier;
@@ -37,7 +39,9 @@ final class Natives {
                 return m;
             }
         }
-        throw new IllegalArgumentException("no native method " + name + " (./mmi call --help lists them)");
+        String guess = Console.closest(name, all().stream().map(Method::getName).toList());
+        throw new IllegalArgumentException("no native method " + name + (guess != null ? " (did you mean " + guess
+                + "?)" : " (./mmi call --help lists them)"));
     }
 
     /** Parses one command-line text per parameter of m. */
@@ -73,16 +77,22 @@ final class Natives {
     }
 
     /**
-     * Starts the simulated device as set up so far and loads the library in front of it. Returns
-     * the log lines loading wrote; the calls it made are dropped, as no request made them.
+     * Starts the simulated device as set up so far and loads the library in front of it, saying
+     * first what the load waits for when a service starts late. Returns the log lines loading
+     * wrote; the calls it made are dropped, as no request made them.
      */
-    static String[] startDevice() {
-        SimulatedDevice.captureLogs();
-        SimulatedDevice.start();
-        load();
-        SimulatedDevice.waitIdle();
-        SimulatedDevice.takeCalls();
-        return SimulatedDevice.takeLogs();
+    static List<LogLine> startDevice(DeviceOptions device, PrintWriter err, String prefix) {
+        if (device.startNote() != null) {
+            err.println(prefix + device.startNote());
+        }
+        return Console.await(err, prefix, "the late services to register", device.longestStartDelay(), () -> {
+            SimulatedDevice.captureLogs();
+            SimulatedDevice.start();
+            load();
+            SimulatedDevice.waitIdle();
+            SimulatedDevice.takeCallRecords();
+            return SimulatedDevice.takeLogLines();
+        });
     }
 
     /** Loads and binds the library; the message says why when it cannot. */
@@ -93,7 +103,7 @@ final class Natives {
             throw new IllegalStateException(e);
         } catch (ExceptionInInitializerError | UnsatisfiedLinkError e) {
             Throwable cause = e.getCause() != null ? e.getCause() : e;
-            throw new IllegalStateException("cannot load libKxMMI_jni: " + cause.getMessage());
+            throw new Console.Failure("cannot load libKxMMI_jni: " + cause.getMessage());
         }
     }
 
@@ -108,18 +118,7 @@ final class Natives {
 
     /** What m answers when it cannot reach its service, when it has no text of its own for that. */
     static Object failureValue(Class<?> type) {
-        if (type == int.class) {
-            return -1;
-        }
-        if (type == long.class) {
-            return -1L;
-        }
-        if (type == boolean.class) {
-            return false;
-        }
-        if (type == String.class) {
-            return "";
-        }
-        return null;
+        return type == int.class ? (Object) (-1) : type == long.class ? (Object) (-1L) : type == boolean.class
+                ? (Object) false : type == String.class ? "" : null;
     }
 }

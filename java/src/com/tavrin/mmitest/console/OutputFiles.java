@@ -2,24 +2,35 @@ package com.tavrin.mmitest.console;
 
 import java.io.IOException;
 import java.io.InputStream;
+import java.io.OutputStream;
 import java.nio.charset.StandardCharsets;
+import java.nio.file.AccessDeniedException;
 import java.nio.file.FileSystemException;
 import java.nio.file.Files;
-import java.nio.file.NoSuchFileException;
 import java.nio.file.Path;
+import java.nio.file.StandardCopyOption;
 import java.util.List;
 import java.util.Locale;
 
 /**
  * The files a run writes its results to, checked before any work: a run that cannot keep its
- * results should not start, and a file that is not a results file of ours is never written over.
- * Paths are the user's: relative ones start at the working directory the console was started in.
+ * results should not start, and a file the console did not write is never written over. A file is
+ * written beside itself and renamed over the old one, so a full disk or a kill leaves the old one
+ * whole. Paths are the user's: relative ones start at the folder the console was started in.
  */
 final class OutputFiles {
+    /** What each results file carries so that a later run knows it may replace it. */
+    static final String MARK = "mmi run";
+
     private OutputFiles() {}
 
     /** An output file and the option that names it; the path is null when the option is not given. */
     record Output(String option, Path path) {}
+
+    /** What writes a file's content. */
+    interface Content {
+        void write(OutputStream out) throws Exception;
+    }
 
     /** Throws IllegalArgumentException naming the option, the file and why it cannot be written. */
     static void check(List<Output> outputs) {
@@ -47,6 +58,9 @@ final class OutputFiles {
 
     /** Why the file cannot take results, or null when it can. */
     static String unwritable(Path file) {
+        if (file.toString().equals("-")) {
+            return "the results go to a file (standard output shows the table); name one";
+        }
         Path absolute = file.toAbsolutePath();
         if (Files.isDirectory(absolute)) {
             return "is a folder; name a file in it";
@@ -56,20 +70,18 @@ final class OutputFiles {
         if (folder == null || !Files.isDirectory(folder)) {
             return Files.exists(folder) ? shownFolder + " is not a folder" : "folder " + shownFolder + " does not exist";
         }
-        if (Files.exists(absolute)) {
-            if (!Files.isRegularFile(absolute) || !Files.isWritable(absolute)) {
-                return "the file is not writable";
-            }
-            if (!isResults(absolute)) {
-                return "the file exists and holds something other than results of mmi run; "
-                        + "remove it or name another file";
-            }
-            return null;
+        if (Files.exists(absolute) && !Files.isRegularFile(absolute)) {
+            // A device such as /dev/null is written as it is, never replaced.
+            return Files.isWritable(absolute) ? null : "permission denied";
+        }
+        if (Files.exists(absolute) && !isResults(absolute)) {
+            return "the file exists and holds something other than results of mmi run; "
+                    + "remove it or name another file";
         }
         return Files.isWritable(folder) ? null : "folder " + shownFolder + " is not writable";
     }
 
-    /** Whether a file is empty or begins as the JUnit XML or JSON of a run, which a new run may replace. */
+    /** Whether a file is empty or carries the mark of a run's results, which a new run may replace. */
     static boolean isResults(Path file) {
         byte[] head;
         try (InputStream in = Files.newInputStream(file)) {
@@ -78,20 +90,52 @@ final class OutputFiles {
             return false;
         }
         String text = new String(head, StandardCharsets.UTF_8).stripLeading();
-        return text.isEmpty() || text.contains("<testsuites name=\"mmi run\"")
-                || (text.startsWith("{") && text.contains("\"passed\":"));
+        return text.isEmpty() || text.contains("<testsuites name=\"" + MARK + "\"")
+                || text.startsWith("{") && text.contains("\"generator\": \"" + MARK + "\"");
+    }
+
+    /**
+     * Writes the file through a temporary file beside it, renamed over it once complete; a device
+     * file is written directly. Null when written, else the file and the reason in the user's words.
+     */
+    static String write(Path file, Content content) {
+        if (Files.exists(file) && !Files.isRegularFile(file)) {
+            try (OutputStream out = Files.newOutputStream(file)) {
+                content.write(out);
+                return null;
+            } catch (Exception e) {
+                return file + ": " + reason(e);
+            }
+        }
+        Path folder = file.toAbsolutePath().getParent();
+        Path temporary = null;
+        try {
+            temporary = Files.createTempFile(folder, "." + file.getFileName() + ".", ".tmp");
+            try (OutputStream out = Files.newOutputStream(temporary)) {
+                content.write(out);
+            }
+            Files.move(temporary, file, StandardCopyOption.REPLACE_EXISTING, StandardCopyOption.ATOMIC_MOVE);
+            return null;
+        } catch (Exception e) {
+            try {
+                if (temporary != null) {
+                    Files.deleteIfExists(temporary);
+                }
+            } catch (IOException ignored) {
+                // The reason the write failed is the one to report.
+            }
+            return file + ": " + reason(e);
+        }
     }
 
     /** What went wrong, worded for the user: no exception class names. */
     static String reason(Exception e) {
-        if (e instanceof NoSuchFileException) {
-            return ((NoSuchFileException) e).getFile() + ": no such file or folder";
+        Throwable cause = e;
+        while (cause.getCause() != null && !(cause instanceof IOException)) {
+            cause = cause.getCause();
         }
-        if (e instanceof FileSystemException) {
-            FileSystemException f = (FileSystemException) e;
-            return f.getFile() + ": " + (f.getReason() != null ? f.getReason().toLowerCase(Locale.ROOT)
-                    : "cannot be written");
-        }
-        return e.getMessage() != null ? e.getMessage() : "cannot be written";
+        String reason = cause instanceof AccessDeniedException ? "permission denied"
+                : cause instanceof FileSystemException f ? f.getReason() : cause.getMessage();
+        return reason == null ? "cannot be written" : reason.toLowerCase(Locale.ROOT);
     }
 }

@@ -1,13 +1,13 @@
 package com.tavrin.mmitest.console;
 
-import com.google.gson.stream.JsonWriter;
+import com.google.gson.FieldNamingPolicy;
+import com.google.gson.Gson;
+import com.google.gson.annotations.SerializedName;
+import com.tavrin.mmitest.sim.LogLine;
 
 import java.io.IOException;
 import java.io.OutputStream;
-import java.io.Writer;
 import java.nio.charset.StandardCharsets;
-import java.nio.file.Files;
-import java.nio.file.Path;
 import java.time.OffsetDateTime;
 import java.time.format.DateTimeFormatter;
 import java.time.temporal.ChronoUnit;
@@ -21,23 +21,18 @@ import javax.xml.stream.XMLStreamWriter;
 
 /**
  * What {@code ./mmi run} found, for the files a CI server or a script reads: the sequence's steps
- * and the drill's checks, as JUnit XML (one test case each) or as JSON.
+ * and the drill's checks, as JUnit XML (one test case each) or as JSON. Both carry the console's
+ * mark, so that a later run knows it may replace them.
  */
 final class RunReport {
-    enum Status { OK, FAIL, SKIPPED }
+    enum Status {
+        @SerializedName("ok") OK, @SerializedName("fail") FAIL, @SerializedName("skipped") SKIPPED
+    }
 
     /** One check of the drill: a probe's row, or a check on a line of its own (no detail). */
-    static final class DrillCheck {
-        final String name;
-        final Status status;
-        final String message;
-        final List<String> detail;
-
-        DrillCheck(String name, Status status, String message, List<String> detail) {
-            this.name = name;
-            this.status = status;
-            this.message = message;
-            this.detail = detail;
+    record DrillCheck(String name, Status status, String message, List<String> detail, double durationMs) {
+        static DrillCheck line(boolean ok, String name, String message, double seconds) {
+            return new DrillCheck(name, ok ? Status.OK : Status.FAIL, message, List.of(), ms(seconds));
         }
     }
 
@@ -57,24 +52,23 @@ final class RunReport {
     String drillSkipped;
     /** From the start of the command to the end of the drill. */
     double seconds;
-    String[] loadLogs = new String[0];
+    List<LogLine> loadLogs = List.of();
     final List<StepRecord> steps = new ArrayList<>();
     final List<DrillCheck> checks = new ArrayList<>();
-    String[] killLogs = new String[0];
-    String[] downLogs = new String[0];
-    String[] reviveLogs = new String[0];
+    List<LogLine> killLogs = List.of();
+    List<LogLine> downLogs = List.of();
+    List<LogLine> reviveLogs = List.of();
 
     RunReport(String version) {
         this.version = version;
     }
 
-    boolean drillRan() {
-        return drillService != null && drillSkipped == null;
+    static double ms(double seconds) {
+        return Math.round(seconds * 1e6) / 1e3;
     }
 
-    /** A check shown on a line of its own. */
-    void line(boolean ok, String name, String message) {
-        checks.add(new DrillCheck(name, ok ? Status.OK : Status.FAIL, message, List.of()));
+    boolean drillRan() {
+        return drillService != null && drillSkipped == null;
     }
 
     int failedSteps() {
@@ -82,11 +76,11 @@ final class RunReport {
     }
 
     int countedChecks() {
-        return (int) checks.stream().filter(c -> c.status != Status.SKIPPED).count();
+        return (int) checks.stream().filter(c -> c.status() != Status.SKIPPED).count();
     }
 
     int passedChecks() {
-        return (int) checks.stream().filter(c -> c.status == Status.OK).count();
+        return (int) checks.stream().filter(c -> c.status() == Status.OK).count();
     }
 
     boolean passed() {
@@ -110,33 +104,28 @@ final class RunReport {
         for (StepRecord s : steps) {
             if (!s.passed) {
                 lines.add(new String[] {"FAIL", "step " + s.number + " " + s.method + "(" + s.shownArguments(", ")
-                        + "): " + (s.runs > 1 ? s.failedRuns + " of " + s.runs + " runs failed; " : "") + "answered "
-                        + s.shown() + ", healthy answer " + s.expected});
+                        + "): " + (s.runs > 1 ? s.failedRuns + " of " + s.runs + " runs failed; " : "") + s.why()});
             }
         }
         for (DrillCheck c : checks) {
-            if (c.status == Status.FAIL) {
-                lines.add(new String[] {"FAIL", "drill " + c.name + ": " + c.message
-                        + (c.detail.isEmpty() ? "" : " (" + String.join(", ", c.detail) + ")")});
+            if (c.status() == Status.FAIL) {
+                lines.add(new String[] {"FAIL", "drill " + c.name() + ": " + c.message()
+                        + (c.detail().isEmpty() ? "" : " (" + String.join(", ", c.detail()) + ")")});
             }
         }
         if (!lines.isEmpty()) {
             lines.add(0, new String[] {"Failures:"});
         }
-        boolean heading = false;
-        for (DrillCheck c : checks) {
-            if (c.status == Status.SKIPPED) {
-                if (!heading) {
-                    lines.add(new String[] {"Not checked:"});
-                    heading = true;
-                }
-                lines.add(new String[] {"SKIP", "drill " + c.name + ": " + c.message});
-            }
+        List<String[]> skipped = checks.stream().filter(c -> c.status() == Status.SKIPPED)
+                .map(c -> new String[] {"SKIP", "drill " + c.name() + ": " + c.message()}).toList();
+        if (!skipped.isEmpty()) {
+            lines.add(new String[] {"Not checked:"});
+            lines.addAll(skipped);
         }
         return lines;
     }
 
-    /** The last line: PASSED or FAILED, the counts and the time taken. */
+    /** The last line: PASSED or FAILED, the counts of what ran and the time taken. */
     String verdictLine() {
         List<String> parts = new ArrayList<>();
         boolean passed = passed();
@@ -156,7 +145,10 @@ final class RunReport {
         } else if (drillService != null && drillSkipped != null) {
             line += ", drill skipped: " + drillSkipped;
         }
-        String runs = repeat > 1 ? repeat + " runs each, " : "";
+        // The runs each step made, which -x may have cut short.
+        int fewest = this.steps.stream().mapToInt(s -> s.runs).min().orElse(1);
+        int most = this.steps.stream().mapToInt(s -> s.runs).max().orElse(1);
+        String runs = most == 1 ? "" : (fewest == most ? "" : fewest + "-") + most + " runs each, ";
         return line + String.format(Locale.ROOT, " (%s%.1f s)", runs, seconds);
     }
 
@@ -165,9 +157,7 @@ final class RunReport {
         List<String[]> p = new ArrayList<>();
         p.add(new String[] {"version", version});
         p.add(new String[] {"started", started.toString()});
-        for (String[] o : options) {
-            p.add(new String[] {o[0], o[1]});
-        }
+        p.addAll(options);
         p.add(new String[] {"steps", ranges(selected)});
         p.add(new String[] {"repeat", String.valueOf(repeat)});
         p.add(new String[] {"drill", drillService == null ? "none" : drillService + " " + drillFault
@@ -175,7 +165,7 @@ final class RunReport {
         return p;
     }
 
-    /** Numbers as 1-12,15,20-22. */
+    /** Numbers as 1-12,15,20-22, the form --step reads. */
     static String ranges(List<Integer> numbers) {
         List<String> parts = new ArrayList<>();
         for (int i = 0; i < numbers.size(); i++) {
@@ -188,86 +178,48 @@ final class RunReport {
         return String.join(",", parts);
     }
 
-    void writeJson(Path file) throws IOException {
-        try (Writer text = Files.newBufferedWriter(file, StandardCharsets.UTF_8);
-                JsonWriter out = Values.jsonWriter(text)) {
-            out.setIndent("  ");
-            writeJson(out);
+    /** The JSON file's layout; names are written in snake case. */
+    record Json(String generator, boolean passed, String version, String timestamp, String started, long durationMs,
+            Setup setup, List<Log> loadLogs, Sequence sequence, DrillJson drill) {}
+
+    record Setup(List<Option> options, List<Integer> steps, int repeat, String drill, String drillFault) {}
+
+    record Option(String option, String value) {}
+
+    record Sequence(int passed, int failed, boolean stoppedAtFirstFailure, List<StepRecord> steps) {}
+
+    record DrillJson(String service, String fault, String skipped, int passed, int failed, double durationMs,
+            List<DrillCheck> checks, List<Log> killLogs, List<Log> downLogs, List<Log> reviveLogs) {}
+
+    /** A log line as its priority letter and its text, the tag in front. */
+    record Log(String priority, String text) {
+        static List<Log> of(List<LogLine> lines) {
+            return lines.stream().map(l -> new Log(String.valueOf(l.priority()),
+                    (l.tag().isEmpty() ? "" : l.tag() + ": ") + l.text())).toList();
         }
     }
 
-    void writeJson(JsonWriter out) throws IOException {
-        out.beginObject();
-        out.name("passed").value(passed());
-        out.name("version").value(version);
-        out.name("timestamp").value(timestamp);
-        out.name("started").value(started.toString());
-        out.name("duration_ms").value(Math.round(seconds * 1e3));
-        out.name("setup").beginObject();
-        out.name("options").beginArray();
-        for (String[] o : options) {
-            out.beginObject().name("option").value(o[0]).name("value").value(o[1]).endObject();
-        }
-        out.endArray();
-        out.name("steps").beginArray();
-        for (int n : selected) {
-            out.value(n);
-        }
-        out.endArray();
-        out.name("repeat").value(repeat);
-        out.name("drill").value(drillService);
-        out.name("drill_fault").value(drillFault);
-        out.endObject();
-        StepRecord.writeLogs(out, "load_logs", loadLogs);
-        out.name("sequence").beginObject();
-        out.name("passed").value(steps.size() - failedSteps());
-        out.name("failed").value(failedSteps());
-        out.name("stopped_at_first_failure").value(stopped);
-        out.name("steps").beginArray();
-        for (StepRecord s : steps) {
-            s.writeJson(out);
-        }
-        out.endArray();
-        out.endObject();
-        out.name("drill");
-        if (drillService == null) {
-            out.nullValue();
-            out.endObject();
-            return;
-        }
-        out.beginObject();
-        out.name("service").value(drillService);
-        out.name("fault").value(drillFault);
-        out.name("skipped").value(drillSkipped);
-        out.name("passed").value(passedChecks());
-        out.name("failed").value(countedChecks() - passedChecks());
-        out.name("checks").beginArray();
-        for (DrillCheck c : checks) {
-            out.beginObject();
-            out.name("name").value(c.name);
-            out.name("status").value(c.status.name().toLowerCase(Locale.ROOT));
-            out.name("message").value(c.message);
-            out.name("detail").beginArray();
-            for (String line : c.detail) {
-                out.value(line);
-            }
-            out.endArray();
-            out.endObject();
-        }
-        out.endArray();
-        StepRecord.writeLogs(out, "kill_logs", killLogs);
-        StepRecord.writeLogs(out, "down_logs", downLogs);
-        StepRecord.writeLogs(out, "revive_logs", reviveLogs);
-        out.endObject();
-        out.endObject();
+    private static final Gson GSON = Values.GSON.newBuilder().setPrettyPrinting()
+            .setFieldNamingPolicy(FieldNamingPolicy.LOWER_CASE_WITH_UNDERSCORES).create();
+
+    Json json() {
+        DrillJson drill = drillService == null ? null : new DrillJson(drillService, drillFault, drillSkipped, passedChecks(),
+                countedChecks() - passedChecks(), checks.stream().mapToDouble(DrillCheck::durationMs).sum(), checks,
+                Log.of(killLogs), Log.of(downLogs), Log.of(reviveLogs));
+        return new Json(OutputFiles.MARK, passed(), version, timestamp, started.toString(), Math.round(seconds * 1e3),
+                new Setup(options.stream().map(o -> new Option(o[0], o[1])).toList(), selected, repeat, drillService,
+                        drillFault), Log.of(loadLogs),
+                new Sequence(steps.size() - failedSteps(), failedSteps(), stopped, steps), drill);
     }
 
-    void writeJunit(Path file) throws IOException, XMLStreamException {
-        try (OutputStream bytes = Files.newOutputStream(file)) {
-            XMLStreamWriter out = XMLOutputFactory.newFactory().createXMLStreamWriter(bytes, "UTF-8");
-            writeJunit(out);
-            out.close();
-        }
+    void writeJson(OutputStream bytes) throws IOException {
+        bytes.write((Values.ascii(GSON.toJson(json())) + "\n").getBytes(StandardCharsets.US_ASCII));
+    }
+
+    void writeJunit(OutputStream bytes) throws XMLStreamException {
+        XMLStreamWriter out = XMLOutputFactory.newFactory().createXMLStreamWriter(bytes, "UTF-8");
+        writeJunit(out);
+        out.close();
     }
 
     /**
@@ -279,30 +231,30 @@ final class RunReport {
         int stepFailures = failedSteps() - stepErrors;
         int checkFailures = countedChecks() - passedChecks();
         int skipped = checks.size() - countedChecks() + (drillService != null && drillSkipped != null ? 1 : 0);
-        double seconds = steps.stream().mapToDouble(s -> s.seconds).sum();
+        double stepSeconds = steps.stream().mapToDouble(s -> s.seconds).sum();
+        double drillSeconds = checks.stream().mapToDouble(DrillCheck::durationMs).sum() / 1e3;
 
         out.writeStartDocument("UTF-8", "1.0");
         out.writeCharacters("\n");
         out.writeStartElement("testsuites");
-        out.writeAttribute("name", "mmi run");
+        out.writeAttribute("name", OutputFiles.MARK);
         int drillCases = drillService == null ? 0 : drillSkipped == null ? checks.size() : 1;
-        counts(out, steps.size() + drillCases, stepFailures + checkFailures, stepErrors, skipped, seconds);
+        counts(out, steps.size() + drillCases, stepFailures + checkFailures, stepErrors, skipped,
+                stepSeconds + drillSeconds);
 
-        suite(out, 0, "factory-test sequence", steps.size(), stepFailures, stepErrors, 0, seconds);
-        for (int i = 0; i < steps.size(); i++) {
-            StepRecord s = steps.get(i);
+        suite(out, 0, "factory-test sequence", steps.size(), stepFailures, stepErrors, 0, stepSeconds);
+        for (StepRecord s : steps) {
             testcase(out, "mmi.sequence", String.format(Locale.ROOT, "%02d %s", s.number, s.method), s.seconds);
             if (!s.passed) {
                 List<String> text = new ArrayList<>(List.of("method: " + s.method,
                         "arguments: " + s.shownArguments(" "), "answer: " + s.shown(), "healthy answer: " + s.expected));
                 text.addAll(s.detail());
-                String message = (s.runs > 1 ? s.failedRuns + " of " + s.runs + " runs failed; " : "") + s.method
-                        + " answered " + s.shown() + ", healthy answer " + s.expected;
+                String message = (s.runs > 1 ? s.failedRuns + " of " + s.runs + " runs failed; " : "") + s.method + " "
+                        + s.why();
                 outcome(out, s.thrown != null ? "error" : "failure", message, String.join("\n", text));
             }
             element(out, "system-out", String.join("\n", s.detail()));
-            out.writeEndElement();
-            out.writeCharacters("\n");
+            endCase(out);
         }
         out.writeEndElement();
         out.writeCharacters("\n");
@@ -310,28 +262,26 @@ final class RunReport {
         if (drillService != null) {
             boolean ran = drillSkipped == null;
             suite(out, 1, "service-death drill: " + drillFault + " " + drillService + ", then revive it",
-                    ran ? checks.size() : 1, checkFailures, 0, ran ? skipped : 1, 0);
+                    ran ? checks.size() : 1, checkFailures, 0, ran ? skipped : 1, drillSeconds);
             if (!ran) {
                 testcase(out, "mmi.drill", "drill", 0);
                 out.writeEmptyElement("skipped");
                 out.writeAttribute("message", xmlText("skipped: " + drillSkipped));
-                out.writeEndElement();
-                out.writeCharacters("\n");
+                endCase(out);
             }
             for (DrillCheck c : checks) {
-                testcase(out, "mmi.drill", c.name, 0);
-                if (c.status == Status.SKIPPED) {
+                testcase(out, "mmi.drill", c.name(), c.durationMs() / 1e3);
+                if (c.status() == Status.SKIPPED) {
                     out.writeEmptyElement("skipped");
-                    out.writeAttribute("message", xmlText(c.message));
-                } else if (c.status == Status.FAIL) {
-                    List<String> text = new ArrayList<>(c.detail);
+                    out.writeAttribute("message", xmlText(c.message()));
+                } else if (c.status() == Status.FAIL) {
+                    List<String> text = new ArrayList<>(c.detail());
                     addLogs(text, "at the kill", killLogs);
                     addLogs(text, "while down", downLogs);
                     addLogs(text, "at the revival", reviveLogs);
-                    outcome(out, "failure", c.message, String.join("\n", text));
+                    outcome(out, "failure", c.message(), String.join("\n", text));
                 }
-                out.writeEndElement();
-                out.writeCharacters("\n");
+                endCase(out);
             }
             out.writeEndElement();
             out.writeCharacters("\n");
@@ -380,6 +330,11 @@ final class RunReport {
         out.writeAttribute("time", String.format(Locale.ROOT, "%.6f", seconds));
     }
 
+    private static void endCase(XMLStreamWriter out) throws XMLStreamException {
+        out.writeEndElement();
+        out.writeCharacters("\n");
+    }
+
     private static void outcome(XMLStreamWriter out, String kind, String message, String text)
             throws XMLStreamException {
         out.writeStartElement(kind);
@@ -397,8 +352,8 @@ final class RunReport {
         }
     }
 
-    private static void addLogs(List<String> text, String when, String[] lines) {
-        for (String line : lines) {
+    private static void addLogs(List<String> text, String when, List<LogLine> lines) {
+        for (LogLine line : lines) {
             text.add("log " + when + ": " + line);
         }
     }

@@ -94,14 +94,11 @@ final class Table {
     }
 
     static Terminal.Colour verdictColour(String verdict) {
-        switch (verdict) {
-            case "PASS":
-                return Terminal.Colour.GREEN;
-            case "FAIL":
-                return Terminal.Colour.RED;
-            default:
-                return Terminal.Colour.YELLOW;
-        }
+        return switch (verdict) {
+            case "PASS" -> Terminal.Colour.GREEN;
+            case "FAIL" -> Terminal.Colour.RED;
+            default -> Terminal.Colour.YELLOW;
+        };
     }
 
     private void print(Terminal.Colour verdict, String[] cells) {

@@ -57,15 +57,25 @@ final class Terminal {
         return colour ? "\033[" + c.code + "m" + text + "\033[0m" : text;
     }
 
-    /** The text in at most width columns: cut with an ellipsis when longer. */
+    /**
+     * The text in at most width columns: cut with an ellipsis when longer, never inside an escape
+     * (\\uXXXX or \\X), so that what is shown still reads back.
+     */
     static String fit(String text, int width) {
-        if (text.codePointCount(0, text.length()) <= width) {
+        if (columns(text) <= width) {
             return text;
         }
-        if (width <= 0) {
-            return "";
+        int end = 0;
+        for (int used = 0; end < text.length(); ) {
+            int unit = text.charAt(end) != '\\' || end + 1 == text.length() ? Character.charCount(text.codePointAt(end))
+                    : text.charAt(end + 1) == 'u' && end + 6 <= text.length() ? 6 : 2;
+            used += columns(text.substring(end, end + unit));
+            if (used > width - 1) {
+                break;
+            }
+            end += unit;
         }
-        return text.substring(0, text.offsetByCodePoints(0, width - 1)) + ELLIPSIS;
+        return width <= 0 ? "" : text.substring(0, end) + ELLIPSIS;
     }
 
     /** Columns a text takes, one per code point: cells and log lines hold no wide characters worth more. */

@@ -1,6 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import com.google.gson.Gson;
+import com.google.gson.GsonBuilder;
 import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
 import com.google.gson.TypeAdapter;
@@ -8,12 +9,8 @@ import com.google.gson.stream.JsonReader;
 import com.google.gson.stream.JsonToken;
 import com.google.gson.stream.JsonWriter;
 
-import java.io.FilterWriter;
 import java.io.IOException;
 import java.io.StringReader;
-import java.io.StringWriter;
-import java.io.UncheckedIOException;
-import java.io.Writer;
 import java.lang.reflect.Field;
 import java.lang.reflect.Modifier;
 import java.util.ArrayList;
@@ -38,6 +35,7 @@ import java.util.regex.Pattern;
 final class Values {
     private static final TypeAdapter<JsonElement> TREE = new Gson().getAdapter(JsonElement.class);
     private static final Pattern DECIMAL = Pattern.compile("-?[0-9]+");
+    private static final Pattern NUMBER = Pattern.compile("-?[0-9]+(\\.[0-9]+)?([eE][-+]?[0-9]+)?");
 
     private Values() {}
 
@@ -141,13 +139,13 @@ final class Values {
         } catch (ReflectiveOperationException e) {
             throw new IllegalArgumentException("cannot make a " + type.getSimpleName() + " from the command line");
         }
-        int end = Answers.objectEnd(text);
+        int end = objectEnd(text);
         if (end > 0 && !text.substring(end).isBlank()) {
             int at = end + (text.length() - end - text.substring(end).stripLeading().length());
             throw new IllegalArgumentException("unexpected text after the record at column " + (at + 1) + " of " + text
                     + " (the record ends at its closing })");
         }
-        JsonElement e = json(Answers.quoteBareMembers(text), false);
+        JsonElement e = json(quoteBareMembers(text), false);
         if (!e.isJsonObject()) {
             throw new IllegalArgumentException("not a JSON object: " + text);
         }
@@ -248,13 +246,19 @@ final class Values {
         if (value instanceof byte[]) {
             return hex((byte[]) value);
         }
-        StringWriter text = new StringWriter();
-        try (JsonWriter out = jsonWriter(text)) {
-            write(out, value);
-        } catch (IOException e) {
-            throw new UncheckedIOException(e);
-        }
-        return text.toString();
+        return json(value);
+    }
+
+    /** One line of JSON, in ASCII: anything else as \\uXXXX, so it survives any terminal and reads back. */
+    static String json(Object value) {
+        return ascii(GSON.toJson(value));
+    }
+
+    /** JSON text with every character above 0x7e escaped; JSON has such characters only inside strings. */
+    static String ascii(String json) {
+        StringBuilder out = new StringBuilder(json.length());
+        json.chars().forEach(c -> out.append(c > 0x7e ? String.format("\\u%04x", c) : String.valueOf((char) c)));
+        return out.toString();
     }
 
     static String quote(String s) {
@@ -269,75 +273,144 @@ final class Values {
         return out.toString();
     }
 
-    /** Writes a value as JSON; a byte[] as its command-line text, so that it reads back. */
-    static void write(JsonWriter out, Object value) throws IOException {
-        if (value == null) {
-            out.nullValue();
-        } else if (value instanceof String) {
-            out.value((String) value);
-        } else if (value instanceof Boolean) {
-            out.value((Boolean) value);
-        } else if (value instanceof Number) {
-            out.value((Number) value);
-        } else if (value instanceof int[]) {
-            out.beginArray();
-            for (int v : (int[]) value) {
-                out.value(v);
-            }
-            out.endArray();
-        } else if (value instanceof byte[]) {
-            out.value(hex((byte[]) value));
-        } else {
-            out.beginObject();
-            for (Field f : fields(value.getClass())) {
-                out.name(f.getName());
-                try {
-                    write(out, f.get(value));
-                } catch (IllegalAccessException e) {
-                    throw new IllegalStateException(e);
-                }
-            }
-            out.endObject();
-        }
+    /** Values as JSON: a byte[] as its command-line text, so that it reads back; a model object by its fields. */
+    static final Gson GSON = new GsonBuilder().serializeNulls().disableHtmlEscaping()
+            .registerTypeAdapter(byte[].class, Values.<byte[]>writer((out, bytes) -> out.value(hex(bytes))))
+            .registerTypeAdapter(StepRecord.class, Values.<StepRecord>writer((out, step) -> step.writeJson(out))).create();
+
+    interface Write<T> {
+        void write(JsonWriter out, T value) throws IOException;
     }
 
-    /** A JSON writer whose output is ASCII whatever the texts hold. */
-    static JsonWriter jsonWriter(Writer out) {
-        JsonWriter w = new JsonWriter(new AsciiWriter(out));
-        w.setSerializeNulls(true);
-        return w;
+    /** A type adapter for values that are written, never read. */
+    static <T> TypeAdapter<T> writer(Write<T> write) {
+        return new TypeAdapter<T>() {
+            @Override
+            public void write(JsonWriter out, T value) throws IOException {
+                if (value == null) {
+                    out.nullValue();
+                } else {
+                    write.write(out, value);
+                }
+            }
+
+            @Override
+            public T read(JsonReader in) {
+                throw new UnsupportedOperationException("written, not read");
+            }
+        };
+    }
+
+    static void write(JsonWriter out, Object value) {
+        GSON.toJson(value, value == null ? Object.class : value.getClass(), out);
     }
 
     /**
-     * Escapes every character above 0x7e as \\uXXXX. The JSON writer only ever emits such
-     * characters inside strings, where the escape means the same character.
+     * A model object as typed on a command line, with its bare keys and bare text values quoted:
+     * {@code {mBsn:X, mTime: 10:11}} becomes {@code {"mBsn":"X","mTime":"10:11"}}. Anything else
+     * is left as it is for the JSON reader to judge.
      */
-    private static final class AsciiWriter extends FilterWriter {
-        AsciiWriter(Writer out) {
-            super(out);
+    static String quoteBareMembers(String text) {
+        String t = text.strip();
+        if (!t.startsWith("{")) {
+            return text;
         }
+        boolean closed = t.length() > 1 && t.endsWith("}");
+        String inner = t.substring(1, closed ? t.length() - 1 : t.length());
+        if (inner.isBlank()) {
+            return text;
+        }
+        List<String> members = new ArrayList<>();
+        for (String member : fields(inner)) {
+            int colon = colon(member);
+            if (colon < 0) {
+                members.add(member);
+                continue;
+            }
+            String key = member.substring(0, colon).strip();
+            String value = member.substring(colon + 1).strip();
+            members.add((key.startsWith("\"") ? key : quote(key)) + ":"
+                    + (needsQuotes(value) ? quote(value) : value));
+        }
+        return "{" + String.join(",", members) + (closed ? "}" : "");
+    }
 
-        @Override
-        public void write(int c) throws IOException {
-            if (c > 0x7e) {
-                out.write(String.format("\\u%04x", c));
-            } else {
-                out.write(c);
+    /** Whether a field can only have been meant as text: no JSON literal, number, string or array. */
+    private static boolean needsQuotes(String field) {
+        return !field.isEmpty() && !field.startsWith("\"") && !field.startsWith("[")
+                && !field.startsWith("bytes:")  // a text given as its bytes in hexadecimal
+                && !field.equals("true") && !field.equals("false") && !field.equals("null")
+                && !NUMBER.matcher(field).matches();
+    }
+
+    /** The first colon outside quotes, -1 if none. */
+    private static int colon(String member) {
+        boolean quoted = false;
+        for (int i = 0; i < member.length(); i++) {
+            char c = member.charAt(i);
+            if (quoted && c == '\\') {
+                i++;
+            } else if (c == '"') {
+                quoted = !quoted;
+            } else if (c == ':' && !quoted) {
+                return i;
             }
         }
+        return -1;
+    }
 
-        @Override
-        public void write(char[] chars, int offset, int length) throws IOException {
-            for (int i = offset; i < offset + length; i++) {
-                write(chars[i]);
+    /** Where the object the text begins with ends (past its closing brace); -1 when it does not. */
+    static int objectEnd(String text) {
+        int start = text.length() - text.stripLeading().length();
+        if (start >= text.length() || text.charAt(start) != '{') {
+            return -1;
+        }
+        int depth = 0;
+        for (int i = start; i < text.length(); i++) {
+            char c = text.charAt(i);
+            if (c == '"') {
+                i = closingQuote(text, i);
+            } else if (c == '{' || c == '[') {
+                depth++;
+            } else if ((c == '}' || c == ']') && --depth == 0) {
+                return i + 1;
             }
         }
+        return -1;
+    }
 
-        @Override
-        public void write(String s, int offset, int length) throws IOException {
-            for (int i = offset; i < offset + length; i++) {
-                write(s.charAt(i));
+    /** The closing quote of the JSON string opened at open; the text's length when it never closes. */
+    private static int closingQuote(String text, int open) {
+        for (int i = open + 1; i < text.length(); i++) {
+            char c = text.charAt(i);
+            if (c == '\\') {
+                i++;
+            } else if (c == '"') {
+                return i;
             }
         }
+        return text.length();
+    }
+
+    /** Splits at the commas that are outside quotes and brackets. */
+    static List<String> fields(String answer) {
+        List<String> fields = new ArrayList<>();
+        int depth = 0;
+        int start = 0;
+        for (int i = 0; i < answer.length(); i++) {
+            char c = answer.charAt(i);
+            if (c == '"') {
+                i = closingQuote(answer, i);
+            } else if (c == '[') {
+                depth++;
+            } else if (c == ']') {
+                depth--;
+            } else if (c == ',' && depth == 0) {
+                fields.add(answer.substring(start, i));
+                start = i + 1;
+            }
+        }
+        fields.add(answer.substring(start));
+        return fields;
     }
 }

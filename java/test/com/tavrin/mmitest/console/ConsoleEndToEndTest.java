@@ -209,7 +209,8 @@ class ConsoleEndToEndTest {
         "80 | run --repeat 5 --absent otherdevices --answer " + SELF_TEST_FAILS})
     void noLineIsWiderThanTheTerminal(int columns, String line) throws Exception {
         Result r = console(null, Map.of("COLUMNS", String.valueOf(columns)), List.of(), line.split(" "));
-        for (String l : r.lines()) {
+        // All but the verdict line, which stays whole for tail -1 to read.
+        for (String l : r.lines().subList(0, r.lines().size() - 1)) {
             assertTrue(Terminal.columns(l) <= columns, l.length() + " columns: " + l);
         }
     }
@@ -261,7 +262,10 @@ class ConsoleEndToEndTest {
         "--restart-delay abc | --restart-delay takes milliseconds 0 to 60000 or never, got abc",
         "--start-delay power=60001 | --start-delay takes milliseconds 0 to 60000, got 60001",
         "--list -x | --list runs nothing, so --exitfirst has no effect",
-        "--list --json r.json | --list runs nothing, so --json r.json has no effect"})
+        "--list --json r.json | --list runs nothing, so --json r.json has no effect",
+        "--only-1.0 power | power has no version 1.1 to withhold (--only-1.0 takes factory, display, sensors)",
+        "--drill powr | --drill: unknown service 'powr' (did you mean power?)",
+        "--absent powr | --absent: unknown service 'powr' (did you mean power?)"})
     void badLinesAreRefusedBeforeAnythingRuns(String options, String reason) throws Exception {
         Files.writeString(dir.resolve("capture.txt"), "1000\n");
         List<String> args = new ArrayList<>(List.of("run"));
@@ -339,14 +343,14 @@ class ConsoleEndToEndTest {
     void theDrillCanCrashItsServiceInACall(String restart, String then, int checks) throws Exception {
         Path xml = dir.resolve("r.xml");
         Result r = console("run", "--drill-fault", "crash", restart, "--step", "1", "-v", "--answer",
-                "power.getPowerState=0,\"x\"", "--junit", xml.toString());
+                "power.getPowerState=0,\"state=x\"", "--junit", xml.toString());
         assertEquals(0, r.code(), r.out());
         assertTrue(r.out().contains("Service-death drill: crash power in a call, then " + then), r.out());
         assertTrue(r.out().contains("drill: " + checks + " of " + checks + " checks passed"), r.out());
         assertEquals(checks == 13, r.out().contains(
                 "PASS  power stays down until the drill revives it (--restart-delay never)"), r.out());
         assertTrue(r.out().contains("GetPowerState fail, transport error"), r.out());
-        assertTrue(r.out().matches("(?s).*  PASS  power +getPowerStateNative\\(\"battery\"\\) +\"\" +\"x\"\n.*"),
+        assertTrue(r.out().matches("(?s).*  PASS  power +getPowerStateNative\\(\"battery\"\\) +\"\" +\"state=x\"\n.*"),
                 r.out());
         assertTrue(JunitCheck.properties(JunitCheck.parse(xml)).contains("drill=power crash"));
     }
@@ -377,5 +381,67 @@ class ConsoleEndToEndTest {
         assertEquals(List.of(), notes.stream()
                 .filter(l -> !l.isEmpty() && !l.startsWith(" ") && !Character.isUpperCase(l.charAt(0)))
                 .collect(Collectors.toList()));
+    }
+
+    /** A service's escape sequences reach the user's terminal as text, in every line that shows them. */
+    @Test
+    void controlBytesFromAServiceAreShownNotObeyed() throws Exception {
+        Result r = console("call", "--answer", "power.getPowerState=0,\"\\u001b]0;owned\\u0007\"", "getPowerStateNative",
+                "battery");
+        assertEquals(0, r.code(), r.err());
+        assertTrue(r.out().contains("log: D KxMMITest_jni: GetPowerState, result code: 0, result info: \\u001b]0;owned"
+                + "\\u0007") && !r.out().contains("\u001b") && !r.out().contains("\u0007"), r.out());
+    }
+
+    /** Output that never reached its reader is a failure, said on stderr. */
+    @ParameterizedTest(name = "{0}")
+    @ValueSource(strings = {"call getBsnNative", "run --step 1 --no-drill", "--version", "call --list-ops power"})
+    void aFailedWriteOnStandardOutputExitsOne(String line) throws Exception {
+        List<String> command = new ArrayList<>(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
+                "-Djava.library.path=" + System.getProperty("mmi.test.libdir"), "-cp", System.getProperty("mmi.test.jar"),
+                "com.tavrin.mmitest.console.Console"));
+        command.addAll(List.of(line.split(" ")));
+        Process p = new ProcessBuilder(command).redirectOutput(new File("/dev/full")).start();
+        String err = new String(p.getErrorStream().readAllBytes(), StandardCharsets.UTF_8);
+        assertEquals(1, p.waitFor(), err);
+        assertTrue(err.endsWith("mmi: cannot write standard output: no space left on device\n"), err);
+    }
+
+    /** The answer comes as soon as the call returns; the restart of the service it crashed is waited for after. */
+    @Test
+    void callPrintsItsAnswerBeforeWaitingForTheRestart() throws Exception {
+        List<String> command = new ArrayList<>(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
+                "-Djava.library.path=" + System.getProperty("mmi.test.libdir"), "-cp", System.getProperty("mmi.test.jar"),
+                "com.tavrin.mmitest.console.Console", "call", "--answer", "power.getPowerState=crash", "--restart-delay",
+                "6000", "getPowerStateNative", "battery"));
+        Process p = new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.DISCARD).start();
+        java.io.BufferedReader out = new java.io.BufferedReader(new java.io.InputStreamReader(p.getInputStream(),
+                StandardCharsets.UTF_8));
+        String first = out.readLine();
+        long answered = System.nanoTime();
+        String rest = out.lines().collect(Collectors.joining("\n"));
+        assertEquals(0, p.waitFor());
+        assertEquals("result: \"\"", first);
+        assertTrue((System.nanoTime() - answered) / 1e9 > 4, "the answer came with the restart, not before it");
+        assertTrue(rest.contains("log: W KxMMITest_jni: ReinitHal"), rest);
+    }
+
+    /** Steps whose version 1.1 is withheld do not pass, and the error lines of the calls show why. */
+    @Test
+    void withheldVersionsFailTheStepsThatNeedThem() throws Exception {
+        Result r = console(null, Map.of("COLUMNS", "200"), List.of(), "run", "-q", "--no-drill", "--only-1.0", "display");
+        assertEquals(1, r.code());
+        assertEquals(List.of("Failures:", "  FAIL  step 46 getScreenFpsConfigNative(): answered \"0\", healthy answer rates "
+                + "such as 60,90; logged E KxMMITest_jni: GetScreenFpsConfig fail, kxDisplayNew is null, not support "
+                + "multi fps", "  FAIL  step 47 setScreenFpsNative(1): answered true, healthy answer true; logged E "
+                + "KxMMITest_jni: SetScreenFps fail, kxDisplayNew is null, not support multi fps"), r.lines().subList(0, 3));
+    }
+
+    /** However often and however briefly the crashed service stays down, the drill's verdict is the same. */
+    @ParameterizedTest(name = "--restart-delay {0}")
+    @ValueSource(strings = {"0", "0", "0", "1", "1", "1", "2"})
+    void theCrashDrillGivesOneVerdictForEveryRestartDelay(String delay) throws Exception {
+        Result r = console("run", "-q", "--step", "1", "--drill-fault", "crash", "--restart-delay", delay);
+        assertEquals(0, r.code(), r.out());
     }
 }

@@ -1,5 +1,7 @@
 package com.tavrin.mmitest.console;
 
+import com.tavrin.mmitest.sim.LogLine;
+
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.HashSet;
@@ -137,5 +139,10 @@ final class JunitCheck {
             }
         }
         return elements;
+    }
+
+    /** Log lines written as "P TEXT", as a service or the library would log them (no tag). */
+    static List<LogLine> logs(String... lines) {
+        return java.util.Arrays.stream(lines).map(l -> new LogLine(l.charAt(0), "", l.substring(2))).toList();
     }
 }

@@ -13,6 +13,7 @@ import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
+import org.junit.jupiter.params.provider.ValueSource;
 
 /** Output files are judged before any work, and nothing but earlier results is written over. */
 class OutputFilesTest {
@@ -40,7 +41,7 @@ class OutputFilesTest {
     @ParameterizedTest
     @CsvSource(delimiter = '|', value = {"new.xml | -", "empty.json | ''",
         "old.xml | <?xml version=\"1.0\" encoding=\"UTF-8\"?>\\n<testsuites name=\"mmi run\" tests=\"66\">",
-        "old.json | {\\n  \"passed\": false,\\n  \"version\": \"x\""})
+        "old.json | {\\n  \"generator\": \"mmi run\",\\n  \"passed\": false"})
     void accepted(String name, String content) throws Exception {
         if (!content.equals("-")) {
             Files.writeString(dir.resolve(name), content.replace("\\n", "\n"));
@@ -60,5 +61,35 @@ class OutputFilesTest {
         IllegalArgumentException e = assertThrows(IllegalArgumentException.class, () -> OutputFiles.check(List.of(
                 new OutputFiles.Output("--junit", null), new OutputFiles.Output("--json", Path.of("no/such/r.json")))));
         assertEquals("--json no/such/r.json: folder no/such does not exist", e.getMessage());
+    }
+
+    /**
+     * A write that fails part way (a full disk) leaves the earlier results whole and no temporary
+     * file beside them, and names the file and the reason in words.
+     */
+    @Test
+    void aFailedWriteKeepsTheOldFile() throws Exception {
+        Path file = dir.resolve("r.json");
+        Files.writeString(file, "{\n  \"generator\": \"mmi run\"\n}\n");
+        String failure = OutputFiles.write(file, out -> {
+            out.write("{\"partial".getBytes());
+            throw new java.io.IOException("No space left on device");
+        });
+        assertEquals(file + ": no space left on device", failure);
+        assertEquals("{\n  \"generator\": \"mmi run\"\n}\n", Files.readString(file));
+        try (var files = Files.list(dir)) {
+            assertEquals(List.of(file), files.toList());
+        }
+    }
+
+    /** What the console writes it may replace on the next run; a device file is written, never replaced. */
+    @ParameterizedTest
+    @ValueSource(strings = {"r.xml", "r.json", "/dev/null"})
+    void writtenResultsMayBeReplacedByTheNextRun(String name) throws Exception {
+        RunReport report = new RunReport("v");
+        Path file = dir.resolve(name);
+        assertNull(OutputFiles.write(file, name.endsWith("xml") ? report::writeJunit : report::writeJson));
+        assertNull(OutputFiles.unwritable(file));
+        assertTrue(name.startsWith("/") ? !Files.isRegularFile(file) : OutputFiles.isResults(file));
     }
 }

@@ -5,6 +5,7 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.google.gson.JsonElement;
 import com.google.gson.JsonParser;
+import com.tavrin.mmitest.sim.Call;
 
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -35,8 +36,8 @@ class RunReportTest {
         r.result = result;
         r.expected = "text";
         r.passed = passed;
-        r.logs = logs;
-        r.calls = new String[] {"power.getPowerState(\"battery\")"};
+        r.logs = JunitCheck.logs(logs);
+        r.calls = List.of(new Call("power", "getPowerState", 1, List.of("battery")));
         return r;
     }
 
@@ -58,14 +59,14 @@ class RunReportTest {
             report.steps.get(i).number = i + 1;
         }
         report.checks.add(new RunReport.DrillCheck("power: a()", RunReport.Status.FAIL, "FAIL: not restored",
-                List.of("before: 1", "while down: -1", "after revive: -1")));
+                List.of("before: 1", "while down: -1", "after revive: -1"), 1.5));
         report.checks.add(new RunReport.DrillCheck("display: b()", RunReport.Status.SKIPPED, "failing before the kill",
-                List.of()));
-        report.line(true, "the death is reported", "the death is reported");
-        report.killLogs = new String[] {"W died"};
+                List.of(), 0));
+        report.checks.add(RunReport.DrillCheck.line(true, "the death is reported", "the death is reported", 0.002));
+        report.killLogs = JunitCheck.logs("W died");
         fine.seconds = 0.000250;
-        report.writeJunit(dir.resolve("r.xml"));
-        report.writeJson(dir.resolve("r.json"));
+        assertEquals(null, OutputFiles.write(dir.resolve("r.xml"), report::writeJunit));
+        assertEquals(null, OutputFiles.write(dir.resolve("r.json"), report::writeJson));
         junit = JunitCheck.parse(dir.resolve("r.xml"));
         jsonText = Files.readString(dir.resolve("r.json"));
         json = JsonParser.parseString(jsonText);
@@ -160,7 +161,7 @@ class RunReportTest {
         for (int i = 0; i < ok + failed + skipped; i++) {
             RunReport.Status status = i < ok ? RunReport.Status.OK : i < ok + failed ? RunReport.Status.FAIL
                     : RunReport.Status.SKIPPED;
-            r.checks.add(new RunReport.DrillCheck("c" + i, status, "why", List.of()));
+            r.checks.add(new RunReport.DrillCheck("c" + i, status, "why", List.of(), 0));
         }
         r.drillService = drill.equals("none") ? null : "power";
         r.drillSkipped = drill.equals("skipped") ? "power is absent" : null;
@@ -184,6 +185,7 @@ class RunReportTest {
     void repeatedRunsAreCountedInTheSummary() {
         RunReport r = counts(2, 0, 0, 0, 0, "none");
         r.repeat = 5;
+        r.steps.get(0).runs = 5;
         StepRecord merged = r.steps.get(1);
         for (boolean passed : new boolean[] {true, false, false, true}) {
             StepRecord next = record("startSensorSelfTestNative", passed ? 0 : 5, passed);

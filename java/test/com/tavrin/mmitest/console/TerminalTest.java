@@ -47,7 +47,10 @@ class TerminalTest {
 
     @ParameterizedTest
     @CsvSource({"abcdef, 6, abcdef", "abcdefg, 6, abcde\u2026", "ab, 1, \u2026",
-        "\ud83d\ude00\ud83d\ude00x, 2, \ud83d\ude00\u2026"})
+        "\ud83d\ude00\ud83d\ude00x, 2, \ud83d\ude00\u2026",
+        // An escape is shown whole or not at all: a cut one would read back as another character.
+        "'ab\\ude00cdefgh', 6, ab\u2026", "'ab\\ude00cdefgh', 9, ab\\ude00\u2026", "'a\\\"bcdef', 3, a\u2026",
+        "'a\\\"bcdef', 4, a\\\"\u2026"})
     void fitCutsWithAnEllipsis(String text, int width, String shown) {
         assertEquals(shown, Terminal.fit(text, width));
     }

@@ -28,7 +28,7 @@ class DeviceErrorsTest {
                         "SERVICE.OPERATION", SERVICES),
                 refused("unknown operation", d -> d.answer("sensors.startSelfTest", "0"), IllegalArgumentException.class,
                         "sensors has no operation \"startSelfTest\"", "startSensorSelfTest, getSensorSelfTestResult"),
-                refused("bare text", d -> d.answer("power.getPowerState", "0,charging"), IllegalArgumentException.class,
+                refused("text in a vector", d -> d.answer("power.getPowerState", "0,[x]"), IllegalArgumentException.class,
                         "power.getPowerState", "bytes:41ff42", "nocallback", "transport-error"),
                 refused("nocallback for a returned value", d -> d.answer("sensors.startSensorSelfTest", "nocallback"),
                         IllegalArgumentException.class, "nocallback applies to callback answers only"),
