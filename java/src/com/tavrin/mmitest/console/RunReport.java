@@ -15,10 +15,6 @@ import java.util.ArrayList;
 import java.util.List;
 import java.util.Locale;
 
-import javax.xml.stream.XMLOutputFactory;
-import javax.xml.stream.XMLStreamException;
-import javax.xml.stream.XMLStreamWriter;
-
 /**
  * What {@code ./mmi run} found, for the files a CI server or a script reads: the sequence's steps
  * and the drill's checks, as JUnit XML (one test case each) or as JSON. Both carry the console's
@@ -104,7 +100,7 @@ final class RunReport {
         for (StepRecord s : steps) {
             if (!s.passed) {
                 lines.add(new String[] {"FAIL", "step " + s.number + " " + s.method + "(" + s.shownArguments(", ")
-                        + "): " + (s.runs > 1 ? s.failedRuns + " of " + s.runs + " runs failed; " : "") + s.why()});
+                        + "): " + s.runsFailed() + s.why()});
             }
         }
         for (DrillCheck c : checks) {
@@ -216,136 +212,98 @@ final class RunReport {
         bytes.write((Values.ascii(GSON.toJson(json())) + "\n").getBytes(StandardCharsets.US_ASCII));
     }
 
-    void writeJunit(OutputStream bytes) throws XMLStreamException {
-        XMLStreamWriter out = XMLOutputFactory.newFactory().createXMLStreamWriter(bytes, "UTF-8");
-        writeJunit(out);
-        out.close();
-    }
-
     /**
      * The layout CI servers read: testsuites, one testsuite per part with its counts, one testcase
      * per step or check with a failure, error or skipped child when it did not pass.
      */
-    void writeJunit(XMLStreamWriter out) throws XMLStreamException {
+    void writeJunit(OutputStream bytes) throws IOException {
         int stepErrors = (int) steps.stream().filter(s -> s.thrown != null).count();
         int stepFailures = failedSteps() - stepErrors;
         int checkFailures = countedChecks() - passedChecks();
         int skipped = checks.size() - countedChecks() + (drillService != null && drillSkipped != null ? 1 : 0);
         double stepSeconds = steps.stream().mapToDouble(s -> s.seconds).sum();
         double drillSeconds = checks.stream().mapToDouble(DrillCheck::durationMs).sum() / 1e3;
-
-        out.writeStartDocument("UTF-8", "1.0");
-        out.writeCharacters("\n");
-        out.writeStartElement("testsuites");
-        out.writeAttribute("name", OutputFiles.MARK);
         int drillCases = drillService == null ? 0 : drillSkipped == null ? checks.size() : 1;
-        counts(out, steps.size() + drillCases, stepFailures + checkFailures, stepErrors, skipped,
-                stepSeconds + drillSeconds);
 
-        suite(out, 0, "factory-test sequence", steps.size(), stepFailures, stepErrors, 0, stepSeconds);
+        StringBuilder xml = new StringBuilder("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites name=\""
+                + OutputFiles.MARK + "\"" + counts(steps.size() + drillCases, stepFailures + checkFailures, stepErrors,
+                        skipped, stepSeconds + drillSeconds) + ">\n");
+        xml.append(suite(0, "factory-test sequence", steps.size(), stepFailures, stepErrors, 0, stepSeconds));
         for (StepRecord s : steps) {
-            testcase(out, "mmi.sequence", String.format(Locale.ROOT, "%02d %s", s.number, s.method), s.seconds);
+            String outcome = "";
             if (!s.passed) {
                 List<String> text = new ArrayList<>(List.of("method: " + s.method,
                         "arguments: " + s.shownArguments(" "), "answer: " + s.shown(), "healthy answer: " + s.expected));
                 text.addAll(s.detail());
-                String message = (s.runs > 1 ? s.failedRuns + " of " + s.runs + " runs failed; " : "") + s.method + " "
-                        + s.why();
-                outcome(out, s.thrown != null ? "error" : "failure", message, String.join("\n", text));
+                outcome = outcome(s.thrown != null ? "error" : "failure", s.runsFailed() + s.method + " " + s.why(),
+                        text);
             }
             if (!s.detail().isEmpty()) {
-                out.writeStartElement("system-out");
-                out.writeCharacters(xmlText(String.join("\n", s.detail())));
-                out.writeEndElement();
+                outcome += "<system-out>" + escape(String.join("\n", s.detail()), false) + "</system-out>";
             }
-            endCase(out);
+            xml.append(testcase("mmi.sequence", String.format(Locale.ROOT, "%02d %s", s.number, s.method), s.seconds,
+                    outcome));
         }
-        out.writeEndElement();
-        out.writeCharacters("\n");
+        xml.append("</testsuite>\n");
 
         if (drillService != null) {
             boolean ran = drillSkipped == null;
-            suite(out, 1, "service-death drill: " + drillFault + " " + drillService + ", then revive it",
-                    ran ? checks.size() : 1, checkFailures, 0, ran ? skipped : 1, drillSeconds);
+            xml.append("\n").append(suite(1, "service-death drill: " + drillFault + " " + drillService
+                    + ", then revive it", ran ? checks.size() : 1, checkFailures, 0, ran ? skipped : 1, drillSeconds));
             if (!ran) {
-                testcase(out, "mmi.drill", "drill", 0);
-                out.writeEmptyElement("skipped");
-                out.writeAttribute("message", xmlText("skipped: " + drillSkipped));
-                endCase(out);
+                xml.append(testcase("mmi.drill", "drill", 0, skipped("skipped: " + drillSkipped)));
             }
             for (DrillCheck c : checks) {
-                testcase(out, "mmi.drill", c.name(), c.durationMs() / 1e3);
-                if (c.status() == Status.SKIPPED) {
-                    out.writeEmptyElement("skipped");
-                    out.writeAttribute("message", xmlText(c.message()));
-                } else if (c.status() == Status.FAIL) {
-                    List<String> text = new ArrayList<>(c.detail());
-                    killLogs.forEach(line -> text.add("log at the kill: " + line));
-                    downLogs.forEach(line -> text.add("log while down: " + line));
-                    reviveLogs.forEach(line -> text.add("log at the revival: " + line));
-                    outcome(out, "failure", c.message(), String.join("\n", text));
-                }
-                endCase(out);
+                List<String> text = new ArrayList<>(c.detail());
+                killLogs.forEach(line -> text.add("log at the kill: " + line));
+                downLogs.forEach(line -> text.add("log while down: " + line));
+                reviveLogs.forEach(line -> text.add("log at the revival: " + line));
+                xml.append(testcase("mmi.drill", c.name(), c.durationMs() / 1e3, switch (c.status()) {
+                    case OK -> "";
+                    case SKIPPED -> skipped(c.message());
+                    case FAIL -> outcome("failure", c.message(), text);
+                }));
             }
-            out.writeEndElement();
-            out.writeCharacters("\n");
+            xml.append("</testsuite>\n");
         }
-        out.writeEndElement();
-        out.writeCharacters("\n");
-        out.writeEndDocument();
+        bytes.write(xml.append("</testsuites>\n").toString().getBytes(StandardCharsets.UTF_8));
     }
 
-    private void suite(XMLStreamWriter out, int id, String name, int tests, int failures, int errors, int skipped,
-            double seconds) throws XMLStreamException {
-        out.writeCharacters("\n");
-        out.writeStartElement("testsuite");
-        out.writeAttribute("id", String.valueOf(id));
-        out.writeAttribute("name", name);
-        out.writeAttribute("package", "mmi");
-        out.writeAttribute("hostname", "localhost");
-        out.writeAttribute("timestamp", timestamp);
-        counts(out, tests, failures, errors, skipped, seconds);
-        out.writeCharacters("\n  ");
-        out.writeStartElement("properties");
-        for (String[] p : properties()) {
-            out.writeEmptyElement("property");
-            out.writeAttribute("name", xmlText(p[0]));
-            out.writeAttribute("value", xmlText(p[1]));
-        }
-        out.writeEndElement();
-        out.writeCharacters("\n");
+    private String suite(int id, String name, int tests, int failures, int errors, int skipped, double seconds) {
+        StringBuilder xml = new StringBuilder("<testsuite id=\"" + id + "\" name=" + attribute(name)
+                + " package=\"mmi\" hostname=\"localhost\" timestamp=\"" + timestamp + "\""
+                + counts(tests, failures, errors, skipped, seconds) + ">\n  <properties>");
+        properties().forEach(p -> xml.append("<property name=" + attribute(p[0]) + " value=" + attribute(p[1]) + "/>"));
+        return xml.append("</properties>\n").toString();
     }
 
-    private static void counts(XMLStreamWriter out, int tests, int failures, int errors, int skipped, double seconds)
-            throws XMLStreamException {
-        out.writeAttribute("tests", String.valueOf(tests));
-        out.writeAttribute("failures", String.valueOf(failures));
-        out.writeAttribute("errors", String.valueOf(errors));
-        out.writeAttribute("skipped", String.valueOf(skipped));
-        out.writeAttribute("time", String.format(Locale.ROOT, "%.6f", seconds));
+    private static String counts(int tests, int failures, int errors, int skipped, double seconds) {
+        return String.format(Locale.ROOT, " tests=\"%d\" failures=\"%d\" errors=\"%d\" skipped=\"%d\" time=\"%.6f\"",
+                tests, failures, errors, skipped, seconds);
     }
 
-    private static void testcase(XMLStreamWriter out, String classname, String name, double seconds)
-            throws XMLStreamException {
-        out.writeCharacters("  ");
-        out.writeStartElement("testcase");
-        out.writeAttribute("classname", classname);
-        out.writeAttribute("name", xmlText(name));
-        out.writeAttribute("time", String.format(Locale.ROOT, "%.6f", seconds));
+    private static String testcase(String classname, String name, double seconds, String content) {
+        return String.format(Locale.ROOT, "  <testcase classname=\"%s\" name=%s time=\"%.6f\">%s</testcase>\n",
+                classname, attribute(name), seconds, content);
     }
 
-    private static void endCase(XMLStreamWriter out) throws XMLStreamException {
-        out.writeEndElement();
-        out.writeCharacters("\n");
+    private static String outcome(String kind, String message, List<String> text) {
+        return "<" + kind + " message=" + attribute(message) + " type=\"" + (kind.equals("error") ? "exception"
+                : "verdict") + "\">" + escape(String.join("\n", text), false) + "</" + kind + ">";
     }
 
-    private static void outcome(XMLStreamWriter out, String kind, String message, String text)
-            throws XMLStreamException {
-        out.writeStartElement(kind);
-        out.writeAttribute("message", xmlText(message));
-        out.writeAttribute("type", kind.equals("error") ? "exception" : "verdict");
-        out.writeCharacters(xmlText(text));
-        out.writeEndElement();
+    private static String skipped(String message) {
+        return "<skipped message=" + attribute(message) + "/>";
+    }
+
+    private static String attribute(String value) {
+        return "\"" + escape(value, true) + "\"";
+    }
+
+    /** Text for an XML document: markup characters as entities, and what XML cannot carry as \\uXXXX. */
+    static String escape(String text, boolean attribute) {
+        String s = xmlText(text).replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;");
+        return attribute ? s.replace("\"", "&quot;") : s;
     }
 
     /**

@@ -102,6 +102,11 @@ final class StepRecord {
         return "answered " + shown() + ", healthy answer " + expected + (error == null ? "" : "; logged " + error);
     }
 
+    /** How many of several runs failed, as the summary and the results files put it; empty for one run. */
+    String runsFailed() {
+        return runs > 1 ? failedRuns + " of " + runs + " runs failed; " : "";
+    }
+
     /** The answer as the console prints it. */
     String shown() {
         return thrown != null ? "threw " + thrown : Values.format(result);
