@@ -46,11 +46,7 @@ final class Values {
             return parseInt(text);
         }
         if (type == long.class) {
-            try {
-                return Long.parseLong(integerText(text));
-            } catch (NumberFormatException e) {
-                throw new IllegalArgumentException(outOfRange(text, "long", Long.MIN_VALUE, Long.MAX_VALUE));
-            }
+            return integer(text, "long", Long.MIN_VALUE, Long.MAX_VALUE);
         }
         if (type == boolean.class) {
             if (text.equals("true") || text.equals("false")) {
@@ -73,28 +69,24 @@ final class Values {
         return parseObject(type, text);
     }
 
-    private static int parseInt(String text) {
+    /** Only plain decimal in the type's range: no '+', no blanks, nothing the parsers would quietly accept. */
+    private static long integer(String text, String type, long min, long max) {
+        boolean decimal = DECIMAL.matcher(text).matches();
         try {
-            return Integer.parseInt(integerText(text));
+            long value = Long.parseLong(text);
+            if (decimal && value >= min && value <= max) {
+                return value;
+            }
         } catch (NumberFormatException e) {
-            throw new IllegalArgumentException(outOfRange(text, "int", Integer.MIN_VALUE, Integer.MAX_VALUE));
+            // reported below
         }
+        throw new IllegalArgumentException(decimal ? text + " is out of range for " + type + " (" + min + " to " + max
+                + ")" : "not " + (type.equals("int") ? "an " : "a ") + type
+                + " (decimal digits, - in front when negative): " + text);
     }
 
-    /** Why a text is not an integer of the type: not decimal, or too large. */
-    private static String outOfRange(String text, String type, long min, long max) {
-        if (DECIMAL.matcher(text).matches()) {
-            return text + " is out of range for " + type + " (" + min + " to " + max + ")";
-        }
-        return "not " + (type.equals("int") ? "an " : "a ") + type + " (decimal digits, - in front when negative): " + text;
-    }
-
-    /** Only plain decimal: no '+', no blanks, nothing the parsers would quietly accept. */
-    private static String integerText(String text) {
-        if (!DECIMAL.matcher(text).matches()) {
-            throw new NumberFormatException(text);
-        }
-        return text;
+    private static int parseInt(String text) {
+        return (int) integer(text, "int", Integer.MIN_VALUE, Integer.MAX_VALUE);
     }
 
     static String parseString(String text) {
@@ -266,23 +258,20 @@ final class Values {
      */
     static String quoteBareMembers(String text) {
         String t = text.strip();
-        if (!t.startsWith("{")) {
-            return text;
-        }
         boolean closed = t.length() > 1 && t.endsWith("}");
-        String inner = t.substring(1, closed ? t.length() - 1 : t.length());
+        String inner = t.startsWith("{") ? t.substring(1, closed ? t.length() - 1 : t.length()) : "";
         if (inner.isBlank()) {
             return text;
         }
         List<String> members = new ArrayList<>();
-        for (String member : fields(inner)) {
-            int colon = colon(member);
-            if (colon < 0) {
+        for (String member : split(inner, ",", "[]")) {
+            List<String> pair = split(member, ":", "");
+            if (pair.size() == 1) {
                 members.add(member);
                 continue;
             }
-            String key = member.substring(0, colon).strip();
-            String value = member.substring(colon + 1).strip();
+            String key = pair.get(0).strip();
+            String value = member.substring(pair.get(0).length() + 1).strip();
             members.add((key.startsWith("\"") ? key : format(key)) + ":"
                     + (needsQuotes(value) ? format(value) : value));
         }
@@ -297,74 +286,43 @@ final class Values {
                 && !NUMBER.matcher(field).matches();
     }
 
-    /** The first colon outside quotes, -1 if none. */
-    private static int colon(String member) {
-        boolean quoted = false;
-        for (int i = 0; i < member.length(); i++) {
-            char c = member.charAt(i);
-            if (quoted && c == '\\') {
-                i++;
-            } else if (c == '"') {
-                quoted = !quoted;
-            } else if (c == ':' && !quoted) {
-                return i;
-            }
-        }
-        return -1;
-    }
-
     /** Where the object the text begins with ends (past its closing brace); -1 when it does not. */
     static int objectEnd(String text) {
         int start = text.length() - text.stripLeading().length();
-        if (start >= text.length() || text.charAt(start) != '{') {
+        if (!text.startsWith("{", start)) {
             return -1;
         }
-        int depth = 0;
-        for (int i = start; i < text.length(); i++) {
-            char c = text.charAt(i);
-            if (c == '"') {
-                i = closingQuote(text, i);
-            } else if (c == '{' || c == '[') {
-                depth++;
-            } else if ((c == '}' || c == ']') && --depth == 0) {
-                return i + 1;
-            }
-        }
-        return -1;
+        int end = start + split(text.substring(start), "}]", "{}[]").get(0).length();
+        return end < text.length() ? end + 1 : -1;
     }
 
-    /** The closing quote of the JSON string opened at open; the text's length when it never closes. */
-    private static int closingQuote(String text, int open) {
-        for (int i = open + 1; i < text.length(); i++) {
-            char c = text.charAt(i);
-            if (c == '\\') {
-                i++;
-            } else if (c == '"') {
-                return i;
-            }
-        }
-        return text.length();
-    }
-
-    /** Splits at the commas that are outside quotes and brackets. */
-    static List<String> fields(String answer) {
-        List<String> fields = new ArrayList<>();
+    /**
+     * The text cut at each stop character outside JSON strings and brackets, the stops left out;
+     * brackets pairs the characters that nest, such as "[]". A closing bracket counts as outside
+     * the brackets it closes.
+     */
+    static List<String> split(String text, String stops, String brackets) {
+        List<String> pieces = new ArrayList<>();
         int depth = 0;
         int start = 0;
-        for (int i = 0; i < answer.length(); i++) {
-            char c = answer.charAt(i);
+        for (int i = 0; i < text.length(); i++) {
+            char c = text.charAt(i);
             if (c == '"') {
-                i = closingQuote(answer, i);
-            } else if (c == '[') {
-                depth++;
-            } else if (c == ']') {
-                depth--;
-            } else if (c == ',' && depth == 0) {
-                fields.add(answer.substring(start, i));
+                // To the closing quote, past escaped characters; to the end when it never closes.
+                for (i++; i < text.length() && text.charAt(i) != '"'; i++) {
+                    i += text.charAt(i) == '\\' ? 1 : 0;
+                }
+                continue;
+            }
+            int bracket = brackets.indexOf(c);
+            depth -= bracket % 2 == 1 ? 1 : 0;
+            if (depth == 0 && stops.indexOf(c) >= 0) {
+                pieces.add(text.substring(start, i));
                 start = i + 1;
             }
+            depth += bracket >= 0 && bracket % 2 == 0 ? 1 : 0;
         }
-        fields.add(answer.substring(start));
-        return fields;
+        pieces.add(text.substring(start));
+        return pieces;
     }
 }
