@@ -21,13 +21,12 @@ import picocli.CommandLine.Parameters;
 import picocli.CommandLine.Spec;
 
 /** {@code ./mmi call}: one native method against a simulated device set up by the options. */
-@Command(name = "call", sortOptions = false, versionProvider = Console.Version.class, mixinStandardHelpOptions = true,
+@Command(name = "call",
         header = "One native method against the simulated device",
         description = {"One native method. Prints 'result: VALUE', then 'field: NAME = VALUE' for each static field "
                 + "of MmiNativeManager the call wrote, 'log: P TEXT' for every log line and "
                 + "'call: SERVICE.OPERATION(ARGS)' for every call a service received. Options may come before "
                 + "or after the method; arguments that begin with - go after --."},
-        exitCodeListHeading = "%nExit codes:%n",
         exitCodeList = {"0:the method ran (whatever it answered)", "1:the library did not load, or the method threw",
             "2:the command line was refused"})
 final class CallCommand implements Callable<Integer> {
@@ -41,7 +40,7 @@ final class CallCommand implements Callable<Integer> {
     boolean json;
 
     @Option(names = "--list-ops", arity = "0..1", paramLabel = "SERVICE", fallbackValue = "",
-            completionCandidates = DeviceOptions.ServiceNames.class,
+            completionCandidates = DeviceOptions.ServiceName.class,
             description = "List the operations of every service (or of SERVICE) that --answer can program: the "
                     + "shape of their answer and the answer keywords they take.")
     String listOps;

@@ -29,6 +29,7 @@ import picocli.CommandLine.Command;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.ParameterException;
+import picocli.CommandLine.ScopeType;
 import picocli.CommandLine.Spec;
 import picocli.CommandLine.TypeConversionException;
 import picocli.CommandLine.UnmatchedArgumentException;
@@ -40,7 +41,10 @@ import picocli.CommandLine.UnmatchedArgumentException;
  * console refuses.
  */
 @Command(name = "mmi", subcommands = {FactoryRun.class, CallCommand.class, CommandLine.HelpCommand.class},
-        versionProvider = Console.Version.class, mixinStandardHelpOptions = true,
+        // The subcommands take the version, -h and -V, the options in their order and the heading of
+        // the exit codes from here.
+        scope = ScopeType.INHERIT, versionProvider = Console.Version.class, mixinStandardHelpOptions = true,
+        sortOptions = false,
         description = "The factory-test console: the native library in front of the simulated device.",
         exitCodeListHeading = "%nExit codes:%n",
         exitCodeList = {"0:done, every check passed", "1:a step, a check, the library or a write failed",
@@ -138,6 +142,10 @@ public final class Console implements Callable<Integer> {
         // Method arguments are taken as typed: "@x" is a text, not a file to read arguments from;
         // options may come before or after the method, and after "--" everything is an argument.
         line.setExpandAtFiles(false);
+        line.registerConverter(FactoryRun.Range.class, FactoryRun.Range::parse);
+        line.registerConverter(Drill.Fault.class, Drill.Fault::parse);
+        line.registerConverter(DeviceOptions.StartDelay.class, DeviceOptions.StartDelay::parse);
+        line.registerConverter(DeviceOptions.Answer.class, DeviceOptions.Answer::parse);
         line.setParameterExceptionHandler((e, args) -> {
             CommandLine where = e.getCommandLine();
             where.getErr().println(prefix(where) + reason(e));

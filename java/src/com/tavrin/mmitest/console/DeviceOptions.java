@@ -18,7 +18,7 @@ import picocli.CommandLine.TypeConversionException;
 /** How the simulated device deviates from a healthy one: the options run and call share. */
 final class DeviceOptions {
     @Option(names = "--absent", paramLabel = "SERVICE", converter = ServiceName.class,
-            completionCandidates = ServiceNames.class, description = "Leave the service unregistered.")
+            completionCandidates = ServiceName.class, description = "Leave the service unregistered.")
     List<String> absent = new ArrayList<>();
 
     @Option(names = "--only-1.0", paramLabel = "SERVICE", converter = ServiceName.class,
@@ -26,12 +26,12 @@ final class DeviceOptions {
             description = "Offer only version 1.0 of a service that has a version 1.1.")
     List<String> onlyV10 = new ArrayList<>();
 
-    @Option(names = "--answer", paramLabel = "SERVICE.OPERATION=ANSWER", converter = AnswerConverter.class,
+    @Option(names = "--answer", paramLabel = "SERVICE.OPERATION=ANSWER",
             description = "Program what the operation answers from now on; crash: the service dies in the middle "
                     + "of the call and restarts after the restart delay.")
     List<Answer> answers = new ArrayList<>();
 
-    @Option(names = "--start-delay", paramLabel = "SERVICE=MS", converter = StartDelayConverter.class,
+    @Option(names = "--start-delay", paramLabel = "SERVICE=MS",
             description = "Register the service MS milliseconds after the device starts; the library's load waits "
                     + "for it.")
     List<StartDelay> startDelays = new ArrayList<>();
@@ -41,9 +41,28 @@ final class DeviceOptions {
                     + DEFAULT_RESTART_MS + "), or never.")
     Long restartDelay;
 
-    record StartDelay(String service, long ms) {}
+    record StartDelay(String service, long ms) {
+        static StartDelay parse(String option) {
+            int eq = option.indexOf('=');
+            if (eq <= 0) {
+                throw new TypeConversionException("--start-delay takes SERVICE=MS, got " + option);
+            }
+            return new StartDelay(DeviceOptions.service(option.substring(0, eq)),
+                    milliseconds(option.substring(eq + 1), "--start-delay", ""));
+        }
+    }
 
     record Answer(String service, String operation, String text) {
+        static Answer parse(String option) {
+            int eq = option.indexOf('=');
+            int dot = eq < 0 ? -1 : option.lastIndexOf('.', eq);
+            if (dot <= 0 || dot + 1 == eq) {
+                throw new TypeConversionException("--answer takes SERVICE.OPERATION=ANSWER, got " + option);
+            }
+            return new Answer(DeviceOptions.service(option.substring(0, dot)), option.substring(dot + 1, eq),
+                    option.substring(eq + 1));
+        }
+
         @Override
         public String toString() {
             return service + "." + operation + "=" + text;
@@ -134,15 +153,13 @@ final class DeviceOptions {
                 ? " (did you mean " + guess + "?)" : "; the services are " + String.join(", ", names)));
     }
 
-    static final class ServiceName implements ITypeConverter<String> {
+    /** A service named on the command line, and what the shell completion offers there. */
+    static final class ServiceName implements ITypeConverter<String>, Iterable<String> {
         @Override
         public String convert(String name) {
             return service(name);
         }
-    }
 
-    /** What the shell completion offers where a service is named. */
-    static final class ServiceNames implements Iterable<String> {
         @Override
         public Iterator<String> iterator() {
             return serviceNames().iterator();
@@ -189,35 +206,10 @@ final class DeviceOptions {
                 + text);
     }
 
-    static final class StartDelayConverter implements ITypeConverter<StartDelay> {
-        @Override
-        public StartDelay convert(String option) {
-            int eq = option.indexOf('=');
-            if (eq <= 0) {
-                throw new TypeConversionException("--start-delay takes SERVICE=MS, got " + option);
-            }
-            return new StartDelay(service(option.substring(0, eq)),
-                    milliseconds(option.substring(eq + 1), "--start-delay", ""));
-        }
-    }
-
     static final class RestartDelayConverter implements ITypeConverter<Long> {
         @Override
         public Long convert(String value) {
             return value.equals("never") ? -1L : milliseconds(value, "--restart-delay", " or never");
-        }
-    }
-
-    static final class AnswerConverter implements ITypeConverter<Answer> {
-        @Override
-        public Answer convert(String option) {
-            int eq = option.indexOf('=');
-            int dot = eq < 0 ? -1 : option.lastIndexOf('.', eq);
-            if (dot <= 0 || dot + 1 == eq) {
-                throw new TypeConversionException("--answer takes SERVICE.OPERATION=ANSWER, got " + option);
-            }
-            return new Answer(service(option.substring(0, dot)), option.substring(dot + 1, eq),
-                    option.substring(eq + 1));
         }
     }
 }

@@ -11,8 +11,11 @@ import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.io.PrintWriter;
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.List;
 import java.util.stream.Stream;
+
+import picocli.CommandLine.TypeConversionException;
 
 /**
  * The service-death drill: one service dies (killed, or crashed in the middle of a call) and comes
@@ -21,7 +24,14 @@ import java.util.stream.Stream;
  * before.
  */
 final class Drill {
-    enum Fault { kill, crash }
+    enum Fault {
+        kill, crash;
+
+        static Fault parse(String value) {
+            return Arrays.stream(values()).filter(f -> f.name().equals(value)).findFirst().orElseThrow(
+                    () -> new TypeConversionException("--drill-fault takes kill or crash, got '" + value + "'"));
+        }
+    }
 
     /** What the probes answered in each phase, and what the device logged at each turn. */
     record Phases(List<StepRecord> before, List<StepRecord> down, List<StepRecord> after, List<LogLine> killLogs,

@@ -17,7 +17,6 @@ import java.util.stream.IntStream;
 import java.util.regex.Pattern;
 
 import picocli.CommandLine.Command;
-import picocli.CommandLine.ITypeConverter;
 import picocli.CommandLine.Mixin;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
@@ -27,12 +26,11 @@ import picocli.CommandLine.Spec;
 import picocli.CommandLine.TypeConversionException;
 
 /** {@code ./mmi run}: the factory-test sequence, then the service-death drill, then a summary. */
-@Command(name = "run", sortOptions = false, versionProvider = Console.Version.class, mixinStandardHelpOptions = true,
+@Command(name = "run",
         header = "The factory-test sequence, then a service-death drill",
         description = {"The factory-test sequence over every native method against the simulated device, one row "
                 + "per step with its verdict, then a drill that kills and revives a service (power unless --drill "
                 + "says otherwise). It ends with every failure listed again and one verdict line."},
-        exitCodeListHeading = "%nExit codes:%n",
         exitCodeList = {"0:every step and drill check run passed",
             "1:a step or drill check failed, the library did not load, or a results file could not be written",
             "2:the command line was refused"})
@@ -46,7 +44,7 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = "--list", description = "List the numbered steps (those selected) without running them.")
     boolean list;
 
-    @Option(names = "--step", split = ",", paramLabel = "N[-M]", converter = StepRange.class,
+    @Option(names = "--step", split = ",", paramLabel = "N[-M]",
             description = "Run only these steps (numbers from --list; ranges such as 2-5,9).")
     List<Range> stepRanges = new ArrayList<>();
 
@@ -62,14 +60,14 @@ final class FactoryRun implements Callable<Integer> {
     boolean exitFirst;
 
     @Option(names = "--drill", paramLabel = "SERVICE", defaultValue = "power", converter = DeviceOptions.ServiceName.class,
-            completionCandidates = DeviceOptions.ServiceNames.class,
+            completionCandidates = DeviceOptions.ServiceName.class,
             description = "The service the drill kills (default: ${DEFAULT-VALUE}).")
     String drillService;
 
     @Option(names = "--no-drill", description = "Skip the service-death drill.")
     boolean noDrill;
 
-    @Option(names = "--drill-fault", paramLabel = "FAULT", defaultValue = "kill", converter = FaultName.class,
+    @Option(names = "--drill-fault", paramLabel = "FAULT", defaultValue = "kill",
             description = "How the drill's service dies: kill (the drill kills it and revives it) or crash (it "
                     + "crashes in the middle of a call and restarts after the restart delay); default: "
                     + "${DEFAULT-VALUE}.")
@@ -91,11 +89,8 @@ final class FactoryRun implements Callable<Integer> {
     boolean noColor;
 
     /** Steps first to last, as --step takes them: 7, or 2-5. */
-    record Range(int first, int last) {}
-
-    static final class StepRange implements ITypeConverter<Range> {
-        @Override
-        public Range convert(String value) {
+    record Range(int first, int last) {
+        static Range parse(String value) {
             Matcher m = Pattern.compile("([0-9]{1,6})(?:-([0-9]{1,6}))?").matcher(value);
             if (!m.matches()) {
                 throw new TypeConversionException("--step takes numbers from --list, got '" + value + "'");
@@ -107,13 +102,9 @@ final class FactoryRun implements Callable<Integer> {
             }
             return new Range(first, last);
         }
-    }
 
-    static final class FaultName implements ITypeConverter<Drill.Fault> {
-        @Override
-        public Drill.Fault convert(String value) {
-            return Arrays.stream(Drill.Fault.values()).filter(f -> f.name().equals(value)).findFirst().orElseThrow(
-                    () -> new TypeConversionException("--drill-fault takes kill or crash, got '" + value + "'"));
+        boolean contains(int n) {
+            return first <= n && n <= last;
         }
     }
 
@@ -243,7 +234,7 @@ final class FactoryRun implements Callable<Integer> {
         List<Integer> chosen = new ArrayList<>();
         for (int i = 0; i < steps.size(); i++) {
             int n = i + 1;
-            boolean numbered = ranges.isEmpty() || ranges.stream().anyMatch(r -> r.first() <= n && n <= r.last());
+            boolean numbered = ranges.isEmpty() || ranges.stream().anyMatch(r -> r.contains(n));
             boolean named = keyword == null
                     || steps.get(i).method.toLowerCase(Locale.ROOT).contains(keyword.toLowerCase(Locale.ROOT));
             if (numbered && named) {

@@ -14,7 +14,7 @@ import org.junit.jupiter.params.provider.CsvSource;
 /** Which steps --step and -k choose: step numbers as --list shows them. */
 class SelectionTest {
     private static List<FactoryRun.Range> numbers(String text) {
-        return text.isEmpty() ? List.of() : Arrays.stream(text.split(" ")).map(new FactoryRun.StepRange()::convert)
+        return text.isEmpty() ? List.of() : Arrays.stream(text.split(" ")).map(FactoryRun.Range::parse)
                 .collect(Collectors.toList());
     }
 
