@@ -12,13 +12,8 @@ import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import picocli.CommandLine;
-import picocli.CommandLine.Command;
-import picocli.CommandLine.Mixin;
 import picocli.CommandLine.Model.CommandSpec;
-import picocli.CommandLine.Option;
-import picocli.CommandLine.ParameterException;
-import picocli.CommandLine.Parameters;
-import picocli.CommandLine.Spec;
+import picocli.CommandLine.*;
 
 /** {@code ./mmi call}: one native method against a simulated device set up by the options. */
 @Command(name = "call",
@@ -96,8 +91,8 @@ final class CallCommand implements Callable<Integer> {
             }
             method = Natives.find(methodName);
             arguments = Natives.arguments(method, argTexts);
-        } catch (IllegalArgumentException | CommandLine.TypeConversionException e) {
-            String option = e instanceof CommandLine.TypeConversionException ? "--list-ops: " : "";
+        } catch (IllegalArgumentException | TypeConversionException e) {
+            String option = e instanceof TypeConversionException ? "--list-ops: " : "";
             throw new ParameterException(spec.commandLine(), option + e.getMessage());
         }
     }

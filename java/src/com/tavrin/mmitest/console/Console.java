@@ -25,14 +25,10 @@ import java.util.stream.IntStream;
 import com.tavrin.mmitest.sim.Catalogue;
 
 import picocli.CommandLine;
-import picocli.CommandLine.Command;
+import picocli.CommandLine.Model.ArgSpec;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
-import picocli.CommandLine.ParameterException;
-import picocli.CommandLine.ScopeType;
-import picocli.CommandLine.Spec;
-import picocli.CommandLine.TypeConversionException;
-import picocli.CommandLine.UnmatchedArgumentException;
+import picocli.CommandLine.*;
 
 /**
  * The factory-test console: the native library in front of the simulated device.
@@ -40,7 +36,7 @@ import picocli.CommandLine.UnmatchedArgumentException;
  * <p>Exit codes: 0 done, 1 the library, a step, the drill or a write failed, 2 a command line the
  * console refuses.
  */
-@Command(name = "mmi", subcommands = {FactoryRun.class, CallCommand.class, CommandLine.HelpCommand.class},
+@Command(name = "mmi", subcommands = {FactoryRun.class, CallCommand.class, HelpCommand.class},
         // The subcommands take the version, -h and -V, the options in their order and the heading of
         // the exit codes from here.
         scope = ScopeType.INHERIT, versionProvider = Console.Version.class, mixinStandardHelpOptions = true,
@@ -98,7 +94,7 @@ public final class Console implements Callable<Integer> {
         return System.getProperty("mmi.version", "unknown");
     }
 
-    static final class Version implements CommandLine.IVersionProvider {
+    static final class Version implements IVersionProvider {
         @Override
         public String[] getVersion() {
             return new String[] {"mmi " + version()};
@@ -176,8 +172,8 @@ public final class Console implements Callable<Integer> {
             }
             return message;
         }
-        if (e instanceof CommandLine.MissingParameterException m) {
-            for (CommandLine.Model.ArgSpec missing : m.getMissing()) {
+        if (e instanceof MissingParameterException m) {
+            for (ArgSpec missing : m.getMissing()) {
                 if (missing instanceof OptionSpec o) {
                     return o.longestName() + " needs a value";
                 }

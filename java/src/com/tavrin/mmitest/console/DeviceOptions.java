@@ -9,11 +9,8 @@ import java.util.Optional;
 import java.util.List;
 import java.util.stream.Collectors;
 
-import picocli.CommandLine.ITypeConverter;
 import picocli.CommandLine.Model.CommandSpec;
-import picocli.CommandLine.Option;
-import picocli.CommandLine.ParameterException;
-import picocli.CommandLine.TypeConversionException;
+import picocli.CommandLine.*;
 
 /** How the simulated device deviates from a healthy one: the options run and call share. */
 final class DeviceOptions {

@@ -17,6 +17,7 @@ import java.util.stream.Stream;
 
 import picocli.CommandLine.TypeConversionException;
 
+
 /**
  * The service-death drill: one service dies (killed, or crashed in the middle of a call) and comes
  * back. Any death releases every handle, so while it is down every probe that answered before must

@@ -16,14 +16,10 @@ import java.util.regex.Matcher;
 import java.util.stream.IntStream;
 import java.util.regex.Pattern;
 
-import picocli.CommandLine.Command;
-import picocli.CommandLine.Mixin;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
-import picocli.CommandLine.Option;
-import picocli.CommandLine.ParameterException;
-import picocli.CommandLine.Spec;
-import picocli.CommandLine.TypeConversionException;
+import picocli.CommandLine.ParseResult;
+import picocli.CommandLine.*;
 
 /** {@code ./mmi run}: the factory-test sequence, then the service-death drill, then a summary. */
 @Command(name = "run",
@@ -183,26 +179,23 @@ final class FactoryRun implements Callable<Integer> {
      * the steps chosen and the results files. Returns the indices of the steps chosen.
      */
     private List<Integer> check(List<Step> steps) {
+        ParseResult given = spec.commandLine().getParseResult();
         if (repeat < 1 || repeat > 100_000) {
             throw refusal("--repeat takes 1 to 100000, got " + repeat);
         }
-        if (list) {
-            for (String option : List.of("--junit", "--json", "--repeat", "--exitfirst")) {
-                OptionSpec given = spec.commandLine().getParseResult().matchedOption(option);
-                if (given != null) {
-                    String typed = given.arity().max() == 0 ? option : option + " " + given.originalStringValues().get(0);
-                    throw refusal("--list runs nothing, so " + typed + " has no effect; give one or the other");
-                }
+        for (String option : list ? List.of("--junit", "--json", "--repeat", "--exitfirst") : List.<String>of()) {
+            OptionSpec o = given.matchedOption(option);
+            if (o != null) {
+                String typed = o.arity().max() == 0 ? option : option + " " + o.originalStringValues().get(0);
+                throw refusal("--list runs nothing, so " + typed + " has no effect; give one or the other");
             }
         }
         if (quiet && verbose) {
             throw refusal("-q and -v contradict each other; give one");
         }
-        if (noDrill) {
-            for (String option : List.of("--drill", "--drill-fault")) {
-                if (spec.commandLine().getParseResult().hasMatchedOption(option)) {
-                    throw refusal(option + " and --no-drill contradict each other; give one");
-                }
+        for (String option : noDrill ? List.of("--drill", "--drill-fault") : List.<String>of()) {
+            if (given.hasMatchedOption(option)) {
+                throw refusal(option + " and --no-drill contradict each other; give one");
             }
         }
         device.check(spec);
@@ -253,18 +246,11 @@ final class FactoryRun implements Callable<Integer> {
     /** Every option given that shapes the run, as typed, for the results files. */
     private List<String[]> setup() {
         List<String> outputOnly = List.of("--junit", "--json", "--verbose", "--quiet", "--no-color", "--list");
-        List<String[]> options = new ArrayList<>();
-        for (OptionSpec o : spec.commandLine().getParseResult().matchedOptions()) {
-            if (outputOnly.contains(o.longestName())) {
-                continue;
-            }
-            List<String> values = o.originalStringValues();
-            if (values.isEmpty()) {
-                options.add(new String[] {o.longestName(), "true"});
-            }
-            values.forEach(v -> options.add(new String[] {o.longestName(), v}));
-        }
-        return options;
+        return spec.commandLine().getParseResult().matchedOptions().stream()
+                .filter(o -> !outputOnly.contains(o.longestName()))
+                .flatMap(o -> (o.originalStringValues().isEmpty() ? List.of("true") : o.originalStringValues())
+                        .stream().map(value -> new String[] {o.longestName(), value}))
+                .toList();
     }
 
     /** One line, unless verbose: how many services the library holds a link to. */
@@ -284,17 +270,12 @@ final class FactoryRun implements Callable<Integer> {
     }
 
     private void list(List<Step> steps, List<Integer> chosen) {
-        List<String[]> rows = new ArrayList<>();
-        for (int i : chosen) {
-            Step s = steps.get(i);
-            rows.add(new String[] {String.valueOf(i + 1), s.method, StepRecord.shownArguments(s.args, " "),
-                s.expect.shown()});
-        }
-        int[] widest = Table.widest(rows);
+        List<String[]> rows = chosen.stream().map(i -> new String[] {String.valueOf(i + 1), steps.get(i).method,
+            StepRecord.shownArguments(steps.get(i).args, " "), steps.get(i).expect.shown()}).toList();
         // The method's name is what -k and --step are chosen by: it is never cut.
         Table table = new Table(out, terminal, verbose, new String[] {"#", "method", "arguments", "healthy answer"},
-                widest, new int[] {2, widest[1], 10, 10});
-        rows.forEach(table::plain);
+                rows, new int[] {2, Integer.MAX_VALUE, 10, 10});
+        rows.forEach(table::row);
     }
 
     /**
@@ -347,16 +328,11 @@ final class FactoryRun implements Callable<Integer> {
     }
 
     private Table sequenceTable(List<Step> steps, List<Integer> chosen) {
-        List<String[]> rows = new ArrayList<>();
-        for (int i : chosen) {
-            Step s = steps.get(i);
-            rows.add(new String[] {"FAIL", String.valueOf(i + 1), s.method + "(" + StepRecord.shownArguments(s.args, ", ")
-                + ")", s.expect.shown()});
-        }
-        int[] wanted = Table.widest(rows);
-        // The answer is not known yet: it may take what a long healthy answer would.
-        wanted[3] = Math.max(wanted[3], 30);
-        return new Table(out, terminal, verbose, new String[] {"", "#", "call", "answer"}, wanted,
+        // The answers are not known yet: each may take what a long healthy answer would.
+        List<String[]> rows = chosen.stream().map(i -> new String[] {"FAIL", String.valueOf(i + 1), steps.get(i).method
+                + "(" + StepRecord.shownArguments(steps.get(i).args, ", ") + ")",
+            String.format("%-30s", steps.get(i).expect.shown())}).toList();
+        return new Table(out, terminal, verbose, new String[] {"", "#", "call", "answer"}, rows,
                 new int[] {4, 2, 30, 12});
     }
 
@@ -396,7 +372,7 @@ final class FactoryRun implements Callable<Integer> {
                     c.name().substring(colon + 2), after(c.detail().get(1)), after(c.detail().get(2))});
             }
         }
-        Table table = new Table(out, terminal, verbose, header, Table.widest(rows), new int[] {4, 12, 16, 8, 8});
+        Table table = new Table(out, terminal, verbose, header, rows, new int[] {4, 12, 16, 8, 8});
         int row = 0;
         for (RunReport.DrillCheck c : report.checks) {
             if (c.detail().isEmpty()) {

@@ -4,12 +4,14 @@ import java.io.PrintWriter;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import java.util.OptionalInt;
 import java.util.stream.IntStream;
+import java.util.stream.Stream;
 
 /**
  * A table printed row by row as results come in, so its column widths are settled up front from
  * what each column wants; when the terminal is narrower, the widest columns give way first and
- * long cells end in an ellipsis. The first column is the verdict: PASS, FAIL or SKIP, coloured.
+ * long cells end in an ellipsis. A first cell that is a verdict (PASS, FAIL or SKIP) is coloured.
  * Verbose tables cut nothing: a long cell pushes the rest of its row right.
  */
 final class Table {
@@ -24,30 +26,20 @@ final class Table {
     private final int[] widths;
 
     /**
-     * natural: the width each column wants; minimum: below which it does not shrink. The header's
-     * names count as wanted widths too.
+     * Prints the header of a table whose columns want the width of their widest cell, the header's
+     * included, and shrink no further than minimum.
      */
-    Table(PrintWriter out, Terminal terminal, boolean full, String[] header, int[] natural, int[] minimum) {
+    Table(PrintWriter out, Terminal terminal, boolean full, String[] header, List<String[]> rows, int[] minimum) {
         this.out = out;
         this.terminal = terminal;
         this.full = full;
-        int[] wanted = IntStream.range(0, header.length).map(c -> Math.max(natural[c], header[c].length())).toArray();
+        int[] wanted = IntStream.range(0, header.length).map(c -> Stream.concat(Stream.<String[]>of(header), rows.stream())
+                .mapToInt(row -> Terminal.columns(row[c])).max().orElse(0)).toArray();
         int available = terminal.width() - INDENT.length() - GAP.length() * (header.length - 1);
         // Verbose rows keep the layout but cut no cell: one wider than its column runs on, and the
         // columns after it give up their alignment rather than pad every row to the widest cell.
         widths = fit(wanted, minimum, available);
-        print(null, header);
-    }
-
-    /** The widest cell of each column. */
-    static int[] widest(List<String[]> rows) {
-        int[] w = new int[rows.isEmpty() ? 0 : rows.get(0).length];
-        for (String[] row : rows) {
-            for (int c = 0; c < w.length; c++) {
-                w[c] = Math.max(w[c], Terminal.columns(row[c]));
-            }
-        }
-        return w;
+        row(header);
     }
 
     /**
@@ -55,63 +47,43 @@ final class Table {
      * at a time, so short columns keep their width and long ones end up equal.
      */
     static int[] fit(int[] wanted, int[] minimum, int available) {
-        int[] w = Arrays.copyOf(wanted, wanted.length);
-        int total = Arrays.stream(w).sum();
-        while (total > available) {
-            int widest = -1;
-            for (int c = 0; c < w.length; c++) {
-                if (w[c] > minimum[c] && (widest < 0 || w[c] > w[widest])) {
-                    widest = c;
-                }
-            }
-            if (widest < 0) {
+        int[] w = wanted.clone();
+        for (int total = Arrays.stream(w).sum(); total > available; total--) {
+            OptionalInt widest = IntStream.range(0, w.length).filter(c -> w[c] > minimum[c])
+                    .reduce((a, b) -> w[b] > w[a] ? b : a);
+            if (widest.isEmpty()) {
                 break;
             }
-            w[widest]--;
-            total--;
+            w[widest.getAsInt()]--;
         }
         return w;
     }
 
-    /** A row whose first cell is a verdict. */
     void row(String... cells) {
-        print(verdictColour(cells[0]), cells);
-    }
-
-    /** A row without a verdict. */
-    void plain(String... cells) {
-        print(null, cells);
+        StringBuilder line = new StringBuilder(INDENT);
+        for (int c = 0; c < cells.length; c++) {
+            String cell = full ? Terminal.printable(cells[c]) : Terminal.fit(Terminal.printable(cells[c]), widths[c]);
+            boolean last = c + 1 == cells.length;
+            String padding = last ? "" : " ".repeat(Math.max(0, widths[c] - Terminal.columns(cell))) + GAP;
+            line.append(c == 0 ? paint(terminal, cell) : cell).append(padding);
+        }
+        out.println(line.toString().replaceFirst(" +$", ""));
     }
 
     /** A verdict and a text on a line of their own, in the table's layout. */
     static void verdictLine(PrintWriter out, Terminal terminal, boolean full, String verdict, String text) {
         String shown = Terminal.printable(text);
         int room = terminal.width() - INDENT.length() - verdict.length() - GAP.length();
-        out.println(INDENT + terminal.paint(verdictColour(verdict), verdict) + GAP
-                + (full ? shown : Terminal.fit(shown, room)));
+        out.println(INDENT + paint(terminal, verdict) + GAP + (full ? shown : Terminal.fit(shown, room)));
     }
 
-    static Terminal.Colour verdictColour(String verdict) {
+    private static String paint(Terminal terminal, String verdict) {
         return switch (verdict) {
-            case "PASS" -> Terminal.Colour.GREEN;
-            case "FAIL" -> Terminal.Colour.RED;
-            default -> Terminal.Colour.YELLOW;
+            case "PASS" -> terminal.paint(Terminal.Colour.GREEN, verdict);
+            case "FAIL" -> terminal.paint(Terminal.Colour.RED, verdict);
+            case "SKIP" -> terminal.paint(Terminal.Colour.YELLOW, verdict);
+            default -> verdict;
         };
-    }
-
-    private void print(Terminal.Colour verdict, String[] cells) {
-        StringBuilder line = new StringBuilder(INDENT);
-        for (int c = 0; c < cells.length; c++) {
-            String cell = Terminal.printable(cells[c]);
-            cell = full ? cell : Terminal.fit(cell, widths[c]);
-            String padded = c + 1 < cells.length ? cell + " ".repeat(Math.max(0, widths[c] - Terminal.columns(cell))) : cell;
-            line.append(c == 0 && verdict != null ? terminal.paint(verdict, cell) + padded.substring(cell.length())
-                    : padded);
-            if (c + 1 < cells.length) {
-                line.append(GAP);
-            }
-        }
-        out.println(stripEnd(line));
     }
 
     /**
@@ -130,7 +102,7 @@ final class Table {
                     break;
                 }
             }
-            lines.add(stripEnd(new StringBuilder(rest.substring(0, cut))));
+            lines.add(rest.substring(0, cut).replaceFirst(" +$", ""));
             rest = INDENT + rest.substring(cut + 1).stripLeading();
         }
         lines.add(rest);
@@ -146,9 +118,5 @@ final class Table {
     static void line(PrintWriter out, Terminal terminal, boolean full, String text) {
         String shown = Terminal.printable(text);
         out.println(full ? shown : Terminal.fit(shown, terminal.width()));
-    }
-
-    private static String stripEnd(CharSequence line) {
-        return line.toString().replaceFirst(" +$", "");
     }
 }

@@ -8,6 +8,7 @@ import java.io.PrintWriter;
 import java.io.StringWriter;
 import java.util.Arrays;
 import java.util.HashMap;
+import java.util.List;
 import java.util.Map;
 
 import org.junit.jupiter.api.Test;
@@ -77,7 +78,7 @@ class TerminalTest {
     void rowsFitTheWidthAndStartWithTheVerdict() {
         StringWriter text = new StringWriter();
         Table table = new Table(new PrintWriter(text), new Terminal(40, false), false, new String[] {"", "#", "call"},
-                new int[] {4, 2, 60}, new int[] {4, 2, 10});
+                List.<String[]>of(new String[] {"PASS", "77", "x".repeat(60)}), new int[] {4, 2, 10});
         table.row("FAIL", "7", "x".repeat(60));
         table.note("log: " + "y".repeat(60));
         String[] lines = text.toString().split("\n");
