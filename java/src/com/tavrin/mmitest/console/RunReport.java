@@ -12,6 +12,7 @@ import java.time.OffsetDateTime;
 import java.time.format.DateTimeFormatter;
 import java.time.temporal.ChronoUnit;
 import java.util.ArrayList;
+import java.util.IntSummaryStatistics;
 import java.util.List;
 import java.util.Locale;
 
@@ -123,41 +124,29 @@ final class RunReport {
 
     /** The last line: PASSED or FAILED, the counts of what ran and the time taken. */
     String verdictLine() {
-        List<String> parts = new ArrayList<>();
         boolean passed = passed();
-        int steps = this.steps.size();
-        parts.add((passed ? steps : failedSteps()) + " of " + count(steps, "step"));
-        if (drillRan()) {
-            int counted = countedChecks();
-            parts.add((passed ? counted : counted - passedChecks()) + " of " + count(counted, "drill check"));
-        }
-        String line = (passed ? "PASSED: " : "FAILED: ") + String.join(", ", parts) + (passed ? " passed" : " failed");
-        int notChecked = checks.size() - countedChecks();
-        if (notChecked > 0) {
-            line += ", " + notChecked + " not checked";
-        }
-        if (stopped) {
-            line += ", stopped by -x";
-        } else if (drillService != null && drillSkipped != null) {
-            line += ", drill skipped: " + drillSkipped;
-        }
+        int counted = countedChecks();
+        String line = (passed ? "PASSED: " : "FAILED: ") + (passed ? steps.size() : failedSteps()) + " of "
+                + count(steps.size(), "step") + (drillRan() ? ", " + (passed ? counted : counted - passedChecks())
+                        + " of " + count(counted, "drill check") : "") + (passed ? " passed" : " failed")
+                + (checks.size() > counted ? ", " + (checks.size() - counted) + " not checked" : "")
+                + (stopped ? ", stopped by -x" : drillService != null && drillSkipped != null
+                        ? ", drill skipped: " + drillSkipped : "");
         // The runs each step made, which -x may have cut short.
-        int fewest = this.steps.stream().mapToInt(s -> s.runs).min().orElse(1);
-        int most = this.steps.stream().mapToInt(s -> s.runs).max().orElse(1);
-        String runs = most == 1 ? "" : (fewest == most ? "" : fewest + "-") + most + " runs each, ";
-        return line + String.format(Locale.ROOT, " (%s%.1f s)", runs, seconds);
+        IntSummaryStatistics runs = steps.stream().mapToInt(s -> s.runs).summaryStatistics();
+        String each = runs.getMax() <= 1 ? "" : (runs.getMin() == runs.getMax() ? "" : runs.getMin() + "-")
+                + runs.getMax() + " runs each, ";
+        return line + String.format(Locale.ROOT, " (%s%.1f s)", each, seconds);
     }
 
     /** The run's setup, one name and value each, as JUnit properties carry it. */
     List<String[]> properties() {
-        List<String[]> p = new ArrayList<>();
-        p.add(new String[] {"version", version});
-        p.add(new String[] {"started", started.toString()});
+        List<String[]> p = new ArrayList<>(List.of(new String[] {"version", version},
+                new String[] {"started", started.toString()}));
         p.addAll(options);
-        p.add(new String[] {"steps", ranges(selected)});
-        p.add(new String[] {"repeat", String.valueOf(repeat)});
-        p.add(new String[] {"drill", drillService == null ? "none" : drillService + " " + drillFault
-                + (drillSkipped == null ? "" : ", skipped: " + drillSkipped)});
+        p.addAll(List.of(new String[] {"steps", ranges(selected)}, new String[] {"repeat", String.valueOf(repeat)},
+                new String[] {"drill", drillService == null ? "none" : drillService + " " + drillFault
+                        + (drillSkipped == null ? "" : ", skipped: " + drillSkipped)}));
         return p;
     }
 
