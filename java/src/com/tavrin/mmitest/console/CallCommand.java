@@ -59,41 +59,25 @@ final class CallCommand implements Callable<Integer> {
     Object[] arguments;
     List<String> listed;
 
-    /** Parses a command line as the console does, without running it; refusals as IllegalArgumentException. */
-    static CallCommand parse(List<String> args) {
-        CommandLine line = Console.commandLine();
-        List<String> all = new ArrayList<>(List.of("call"));
-        all.addAll(args);
-        try {
-            line.parseArgs(all.toArray(new String[0]));
-            CallCommand command = line.getSubcommands().get("call").getCommand();
-            command.check();
-            return command;
-        } catch (ParameterException e) {
-            throw new IllegalArgumentException(Console.reason(e));
-        }
-    }
-
     /** Every check that needs no library: the options, the method and its arguments. */
     void check() {
         device.check(spec);
         try {
-            if (listOps != null) {
-                if (methodName != null) {
-                    throw new IllegalArgumentException("--list-ops takes one service and calls no method, so '"
-                            + methodName + "' has no place; give --list-ops SERVICE alone");
-                }
+            if (listOps != null && methodName != null) {
+                throw new IllegalArgumentException("--list-ops takes one service and calls no method, so '"
+                        + methodName + "' has no place; give --list-ops SERVICE alone");
+            } else if (listOps != null) {
                 listed = listOps.isEmpty() ? DeviceOptions.serviceNames() : List.of(DeviceOptions.service(listOps));
-                return;
-            }
-            if (methodName == null) {
+            } else if (methodName == null) {
                 throw new IllegalArgumentException("no method named; ./mmi call --help lists the methods");
+            } else {
+                method = Natives.find(methodName);
+                arguments = Natives.arguments(method, argTexts);
             }
-            method = Natives.find(methodName);
-            arguments = Natives.arguments(method, argTexts);
-        } catch (IllegalArgumentException | TypeConversionException e) {
-            String option = e instanceof TypeConversionException ? "--list-ops: " : "";
-            throw new ParameterException(spec.commandLine(), option + e.getMessage());
+        } catch (IllegalArgumentException e) {
+            throw new ParameterException(spec.commandLine(), e.getMessage());
+        } catch (TypeConversionException e) {
+            throw new ParameterException(spec.commandLine(), "--list-ops: " + e.getMessage());
         }
     }
 
@@ -137,7 +121,7 @@ final class CallCommand implements Callable<Integer> {
     /** Waits for a service that crashed in the call to register again; the log lines its return brought. */
     private List<LogLine> awaitRestart(PrintWriter err) {
         List<String> pending = SimulatedDevice.pendingRegistrations();
-        long delay = device.restartDelay != null ? device.restartDelay : DeviceOptions.DEFAULT_RESTART_MS;
+        long delay = device.restartDelay;
         String what = String.join(", ", pending) + " to restart";
         if (!pending.isEmpty() && delay > 2000) {
             err.println("mmi call: waiting for " + what + " (--restart-delay " + delay + " ms)");

@@ -33,10 +33,12 @@ final class DeviceOptions {
                     + "for it.")
     List<StartDelay> startDelays = new ArrayList<>();
 
+    /** How long a crashed service stays down when --restart-delay does not say: as the device would. */
     @Option(names = "--restart-delay", paramLabel = "MS|never", converter = RestartDelayConverter.class,
+            defaultValue = "300",
             description = "How long a crashed service stays down before it registers again (default: "
-                    + DEFAULT_RESTART_MS + "), or never.")
-    Long restartDelay;
+                    + "${DEFAULT-VALUE}), or never.")
+    long restartDelay;
 
     record StartDelay(String service, long ms) {
         static StartDelay parse(String option) {
@@ -124,9 +126,7 @@ final class DeviceOptions {
         absent.forEach(s -> SimulatedDevice.setAbsent(s, true));
         onlyV10.forEach(s -> SimulatedDevice.setOnlyV10(s, true));
         startDelays.forEach(d -> SimulatedDevice.setStartDelay(d.service(), d.ms()));
-        if (restartDelay != null) {
-            SimulatedDevice.setRestartDelay(restartDelay);
-        }
+        SimulatedDevice.setRestartDelay(restartDelay);
         programAnswers();
     }
 
@@ -183,9 +183,6 @@ final class DeviceOptions {
     long longestStartDelay() {
         return startDelays.stream().mapToLong(StartDelay::ms).max().orElse(0);
     }
-
-    /** How long a crashed service stays down when --restart-delay does not say. */
-    static final long DEFAULT_RESTART_MS = 300;
 
     /** The longest a delay may be: longer ones would look like a hang. */
     static final long MAX_DELAY_MS = 60_000;

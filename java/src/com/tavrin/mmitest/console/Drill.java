@@ -57,7 +57,7 @@ final class Drill {
     }
 
     boolean neverRestarts() {
-        return device.restartDelay != null && device.restartDelay < 0;
+        return device.restartDelay < 0;
     }
 
     /** Whether the drill brings the service back itself, rather than its own restart. */
@@ -92,10 +92,10 @@ final class Drill {
         if (fault == Fault.crash && !neverRestarts()) {
             // The restart was held until the probes had seen the service down: it lands now, after
             // the restart delay counted from the crash, as the platform would restart it.
-            long restartMs = device.restartDelay != null ? device.restartDelay : DeviceOptions.DEFAULT_RESTART_MS;
-            long left = restartMs - (System.nanoTime() - faultStart) / 1_000_000;
+            long left = device.restartDelay - (System.nanoTime() - faultStart) / 1_000_000;
             if (left > 2000) {
-                err.println("mmi run: waiting for " + service + " to restart (--restart-delay " + restartMs + " ms)");
+                err.println("mmi run: waiting for " + service + " to restart (--restart-delay " + device.restartDelay
+                        + " ms)");
             }
             Console.await(err, "mmi run: ", service + " to restart", left, () -> {
                 Thread.sleep(Math.max(0, left));
@@ -106,8 +106,7 @@ final class Drill {
         }
         SimulatedDevice.revive(service);
         SimulatedDevice.waitIdle();
-        SimulatedDevice.setRestartDelay(device.restartDelay != null ? device.restartDelay
-                : DeviceOptions.DEFAULT_RESTART_MS);
+        SimulatedDevice.setRestartDelay(device.restartDelay);
         List<LogLine> reviveLogs = SimulatedDevice.takeLogLines();
         double reviveSeconds = seconds(reviveStart);
         SimulatedDevice.takeCallRecords();

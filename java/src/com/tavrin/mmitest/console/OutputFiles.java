@@ -36,15 +36,12 @@ final class OutputFiles {
     static void check(List<Output> outputs) {
         for (int i = 0; i < outputs.size(); i++) {
             Output o = outputs.get(i);
-            if (o.path() == null) {
-                continue;
-            }
-            String why = unwritable(o.path());
+            String why = o.path() == null ? null : unwritable(o.path());
             if (why != null) {
                 throw new IllegalArgumentException(o.option() + " " + o.path() + ": " + why);
             }
             for (Output other : outputs.subList(0, i)) {
-                if (other.path() != null && same(other.path(), o.path())) {
+                if (o.path() != null && other.path() != null && same(other.path(), o.path())) {
                     throw new IllegalArgumentException(other.option() + " and " + o.option() + " name the same file "
                             + o.path() + "; give each its own");
                 }
@@ -99,22 +96,19 @@ final class OutputFiles {
      * file is written directly. Null when written, else the file and the reason in the user's words.
      */
     static String write(Path file, Content content) {
-        if (Files.exists(file) && !Files.isRegularFile(file)) {
-            try (OutputStream out = Files.newOutputStream(file)) {
-                content.write(out);
-                return null;
-            } catch (Exception e) {
-                return file + ": " + reason(e);
-            }
-        }
-        Path folder = file.toAbsolutePath().getParent();
+        boolean device = Files.exists(file) && !Files.isRegularFile(file);
         Path temporary = null;
         try {
-            temporary = Files.createTempFile(folder, "." + file.getFileName() + ".", ".tmp");
-            try (OutputStream out = Files.newOutputStream(temporary)) {
+            if (!device) {
+                temporary = Files.createTempFile(file.toAbsolutePath().getParent(), "." + file.getFileName() + ".",
+                        ".tmp");
+            }
+            try (OutputStream out = Files.newOutputStream(device ? file : temporary)) {
                 content.write(out);
             }
-            Files.move(temporary, file, StandardCopyOption.REPLACE_EXISTING, StandardCopyOption.ATOMIC_MOVE);
+            if (!device) {
+                Files.move(temporary, file, StandardCopyOption.REPLACE_EXISTING, StandardCopyOption.ATOMIC_MOVE);
+            }
             return null;
         } catch (Exception e) {
             try {

@@ -51,18 +51,14 @@ final class StepRecord {
      * already there; the fields it left alone get their values back.
      */
     static StepRecord invoke(Method m, Object[] args) {
+        record Watched(Field field, Object before, Object mark) {}
         StepRecord r = new StepRecord(m.getName(), args);
-        List<Field> written = new ArrayList<>();
         try {
+            List<Watched> watched = new ArrayList<>();
             for (String name : SimulatedDevice.catalogue().writtenFields()) {
-                written.add(MmiNativeManager.class.getField(name));
-            }
-            Object[] before = new Object[written.size()];
-            Object[] marks = new Object[written.size()];
-            for (int i = 0; i < written.size(); i++) {
-                before[i] = written.get(i).get(null);
-                marks[i] = new String("unwritten");
-                written.get(i).set(null, marks[i]);
+                Field field = MmiNativeManager.class.getField(name);
+                watched.add(new Watched(field, field.get(null), new String("unwritten")));
+                field.set(null, watched.get(watched.size() - 1).mark());
             }
             long start = System.nanoTime();
             try {
@@ -72,12 +68,12 @@ final class StepRecord {
             }
             SimulatedDevice.waitIdle();
             r.seconds = (System.nanoTime() - start) / 1e9;
-            for (int i = 0; i < written.size(); i++) {
-                Object now = written.get(i).get(null);
-                if (now == marks[i]) {
-                    written.get(i).set(null, before[i]);
+            for (Watched w : watched) {
+                Object now = w.field().get(null);
+                if (now == w.mark()) {
+                    w.field().set(null, w.before());
                 } else {
-                    r.fields.put(written.get(i).getName(), now);
+                    r.fields.put(w.field().getName(), now);
                 }
             }
         } catch (ReflectiveOperationException e) {

@@ -4,25 +4,44 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import java.util.ArrayList;
 import java.util.List;
 
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
 
+import picocli.CommandLine;
+import picocli.CommandLine.ParameterException;
+
 /** The command line of {@code call} and its answers, parsed without running anything. */
 class CallCommandTest {
+    /** Parses a command line as the console does, without running it; refusals as IllegalArgumentException. */
+    static CallCommand parse(List<String> args) {
+        CommandLine line = Console.commandLine();
+        List<String> all = new ArrayList<>(List.of("call"));
+        all.addAll(args);
+        try {
+            line.parseArgs(all.toArray(new String[0]));
+            CallCommand command = line.getSubcommands().get("call").getCommand();
+            command.check();
+            return command;
+        } catch (ParameterException e) {
+            throw new IllegalArgumentException(Console.reason(e));
+        }
+    }
+
     @Test
     void answerMethodAndArgument() {
         // As bash delivers: --answer power.getPowerState=5,"x" getPowerStateNative "battery"
-        CallCommand r = CallCommand.parse(List.of("--answer", "power.getPowerState=5,x", "getPowerStateNative", "battery"));
+        CallCommand r = parse(List.of("--answer", "power.getPowerState=5,x", "getPowerStateNative", "battery"));
         assertEquals("[power.getPowerState=5,x] getPowerStateNative [battery]",
                 r.device.answers + " " + r.method.getName() + " " + List.of(r.arguments));
     }
 
     @Test
     void optionsAndTypedArguments() {
-        CallCommand r = CallCommand.parse(List.of("--absent", "light", "--only-1.0=display",
+        CallCommand r = parse(List.of("--absent", "light", "--only-1.0=display",
                 "--answer=factory.getFactoryInfo=0,\"a=b\"", "--json", "--", "sensorActivateNative", "5", "true", "-1"));
         assertEquals(List.of(List.of("light"), List.of("display"), "0,\"a=b\"", true, List.of(5, true, -1)),
                 List.of(r.device.absent, r.device.onlyV10, r.device.answers.get(0).text(), r.json, List.of(r.arguments)));
@@ -30,24 +49,24 @@ class CallCommandTest {
 
     @Test
     void lateAndRestartingServices() {
-        CallCommand r = CallCommand.parse(List.of("--start-delay", "power=1500", "--start-delay=light=0",
+        CallCommand r = parse(List.of("--start-delay", "power=1500", "--start-delay=light=0",
                 "--restart-delay", "never", "getBsnNative"));
         assertEquals(List.of("power=1500", "light=0", -1L, 1500L), List.of(
                 r.device.startDelays.get(0).service() + "=" + r.device.startDelays.get(0).ms(),
                 r.device.startDelays.get(1).service() + "=" + r.device.startDelays.get(1).ms(),
                 r.device.restartDelay, r.device.longestStartDelay()));
-        assertEquals(250L, CallCommand.parse(List.of("--restart-delay=250", "getBsnNative")).device.restartDelay);
+        assertEquals(250L, parse(List.of("--restart-delay=250", "getBsnNative")).device.restartDelay);
     }
 
     @Test
     void optionsAfterTheMethod() {
-        CallCommand r = CallCommand.parse(List.of("setTestCycleNative", "--absent", "light", "-3", "--json", "4"));
+        CallCommand r = parse(List.of("setTestCycleNative", "--absent", "light", "-3", "--json", "4"));
         assertEquals(List.of(List.of("light"), true, List.of(-3, 4)), List.of(r.device.absent, r.json, List.of(r.arguments)));
     }
 
     @Test
     void afterTwoDashesEverythingIsAnArgument() {
-        CallCommand r = CallCommand.parse(List.of("getPowerStateNative", "--", "--answer"));
+        CallCommand r = parse(List.of("getPowerStateNative", "--", "--answer"));
         assertEquals(List.of("--answer"), List.of(r.arguments));
     }
 
@@ -67,7 +86,7 @@ class CallCommandTest {
         "--restart-delay soon getBsnNative | milliseconds 0 to 60000 or never, got soon"})
     void refused(String line, String reason) {
         IllegalArgumentException e = assertThrows(IllegalArgumentException.class,
-                () -> CallCommand.parse(List.of(line.split(" "))));
+                () -> parse(List.of(line.split(" "))));
         assertTrue(e.getMessage().contains(reason), e.getMessage());
     }
 }
