@@ -137,7 +137,7 @@ final class Drill {
             }
             SimulatedDevice.setRestartDelay(-1);
             try {
-                Natives.invoke(probes.get(i).resolve(), probes.get(i).args);
+                Natives.invoke(probes.get(i).resolve(), probes.get(i).args());
             } catch (Throwable t) {
                 throw new Console.Failure("the crashing call of " + service + "." + operation + " threw " + t);
             }
@@ -198,7 +198,7 @@ final class Drill {
     }
 
     private List<StepRecord> probe() {
-        return probes.stream().map(p -> StepRecord.invoke(p.resolve(), p.args).judge(p)).toList();
+        return probes.stream().map(p -> StepRecord.invoke(p.resolve(), p.args()).judge(p)).toList();
     }
 
     private static boolean contains(List<LogLine> lines, String text) {

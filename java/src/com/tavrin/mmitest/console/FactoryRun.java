@@ -229,7 +229,7 @@ final class FactoryRun implements Callable<Integer> {
             int n = i + 1;
             boolean numbered = ranges.isEmpty() || ranges.stream().anyMatch(r -> r.contains(n));
             boolean named = keyword == null
-                    || steps.get(i).method.toLowerCase(Locale.ROOT).contains(keyword.toLowerCase(Locale.ROOT));
+                    || steps.get(i).method().toLowerCase(Locale.ROOT).contains(keyword.toLowerCase(Locale.ROOT));
             if (numbered && named) {
                 chosen.add(i);
             }
@@ -270,8 +270,8 @@ final class FactoryRun implements Callable<Integer> {
     }
 
     private void list(List<Step> steps, List<Integer> chosen) {
-        List<String[]> rows = chosen.stream().map(i -> new String[] {String.valueOf(i + 1), steps.get(i).method,
-            StepRecord.shownArguments(steps.get(i).args, " "), steps.get(i).expect.shown()}).toList();
+        List<String[]> rows = chosen.stream().map(i -> new String[] {String.valueOf(i + 1), steps.get(i).method(),
+            StepRecord.shownArguments(steps.get(i).args(), " "), steps.get(i).expect().shown()}).toList();
         // The method's name is what -k and --step are chosen by: it is never cut.
         Table table = new Table(out, terminal, verbose, new String[] {"#", "method", "arguments", "healthy answer"},
                 rows, new int[] {2, Integer.MAX_VALUE, 10, 10});
@@ -295,7 +295,7 @@ final class FactoryRun implements Callable<Integer> {
             int ran = 0;
             for (int k = 0; k < chosen.size() && !report.stopped; k++) {
                 Step step = steps.get(chosen.get(k));
-                StepRecord r = StepRecord.invoke(step.resolve(), step.args).judge(step);
+                StepRecord r = StepRecord.invoke(step.resolve(), step.args()).judge(step);
                 r.number = chosen.get(k) + 1;
                 records[k] = records[k] == null ? r : StepRecord.merge(records[k], r);
                 if (table != null) {
@@ -329,9 +329,9 @@ final class FactoryRun implements Callable<Integer> {
 
     private Table sequenceTable(List<Step> steps, List<Integer> chosen) {
         // The answers are not known yet: each may take what a long healthy answer would.
-        List<String[]> rows = chosen.stream().map(i -> new String[] {"FAIL", String.valueOf(i + 1), steps.get(i).method
-                + "(" + StepRecord.shownArguments(steps.get(i).args, ", ") + ")",
-            String.format("%-30s", steps.get(i).expect.shown())}).toList();
+        List<String[]> rows = chosen.stream().map(i -> new String[] {"FAIL", String.valueOf(i + 1), steps.get(i).method()
+                + "(" + StepRecord.shownArguments(steps.get(i).args(), ", ") + ")",
+            String.format("%-30s", steps.get(i).expect().shown())}).toList();
         return new Table(out, terminal, verbose, new String[] {"", "#", "call", "answer"}, rows,
                 new int[] {4, 2, 30, 12});
     }
@@ -343,7 +343,7 @@ final class FactoryRun implements Callable<Integer> {
             table.note("healthy answer: " + r.expected + (r.runs > 1 ? "; " + r.failedRuns + " of " + r.runs
                     + " runs failed" : ""));
         }
-        if (step.showCalls || verbose) {
+        if (step.showCalls() || verbose) {
             r.calls.forEach(call -> table.note("service received: " + call));
         }
         r.fields.forEach((name, value) -> table.note("MmiNativeManager." + name + " = " + Values.format(value)));

@@ -44,38 +44,24 @@ final class FactorySequence {
         return new Expect(count + " values", a -> a instanceof int[] v && v.length == count);
     }
 
-    static final class Step {
-        final String method;
-        final Object[] args;
-        final Expect expect;
-        /** Show the service calls the step made, for steps whose point is what the service received. */
-        boolean showCalls;
-        /** What the method answers when its service is gone, if not the usual value of its type. */
-        private Object failure;
-        private boolean failureGiven;
-        /** How the error-priority lines a healthy call writes begin: its result, logged at that priority. */
-        private List<String> healthyErrors = List.of();
-
-        Step(String method, Expect expect, Object... args) {
-            this.method = method;
-            this.expect = expect;
-            this.args = args;
-        }
-
+    /**
+     * One request of the sequence. showCalls: show the service calls the step made, for steps whose
+     * point is what the service received. failure: what the method answers when its service is
+     * gone, null for the usual value of its type. healthyErrors: how the error-priority lines a
+     * healthy call writes begin (its result, logged at that priority).
+     */
+    record Step(String method, Expect expect, Object[] args, boolean showCalls, Object failure,
+            List<String> healthyErrors) {
         Step calls() {
-            showCalls = true;
-            return this;
+            return new Step(method, expect, args, true, failure, healthyErrors);
         }
 
         Step failsWith(Object value) {
-            failure = value;
-            failureGiven = true;
-            return this;
+            return new Step(method, expect, args, showCalls, value, healthyErrors);
         }
 
         Step logsAtError(String... starts) {
-            healthyErrors = List.of(starts);
-            return this;
+            return new Step(method, expect, args, showCalls, failure, List.of(starts));
         }
 
         /** Whether a log line is an error a healthy device would not cause. */
@@ -88,17 +74,14 @@ final class FactorySequence {
             return Natives.find(method);
         }
 
-        Object failureValue() {
-            return failureGiven ? failure : Natives.failureValue(resolve().getReturnType());
-        }
-
         boolean isFailureValue(Object answer) {
-            return Objects.deepEquals(failureValue(), answer);
+            return Objects.deepEquals(failure != null ? failure : Natives.failureValue(resolve().getReturnType()),
+                    answer);
         }
     }
 
     private static Step step(String method, Expect expect, Object... args) {
-        return new Step(method, expect, args);
+        return new Step(method, expect, args, false, null, List.of());
     }
 
     static final String FPS_FAILED = "FAILED:getDisplayFpsConfig";
@@ -195,7 +178,7 @@ final class FactorySequence {
             {"getSensorCalibrateDelayTimeNative", "getSensorCalibrateDelayTime"},
             {"setLightBrightnessNative", "setLightBrightness"},
             {"getTouchKeySupportFlagNative", "getTouchKeySupportState"}};
-        return Arrays.stream(table).map(row -> new Probe(steps().stream().filter(s -> s.method.equals(row[0]))
+        return Arrays.stream(table).map(row -> new Probe(steps().stream().filter(s -> s.method().equals(row[0]))
                 .findFirst().orElseThrow(() -> new IllegalStateException("no step calls " + row[0])), row[1])).toList();
     }
 }

@@ -86,9 +86,9 @@ final class StepRecord {
 
     /** Judges the answer and the log lines against what a healthy device gives the step. */
     StepRecord judge(FactorySequence.Step step) {
-        expected = step.expect.shown();
+        expected = step.expect().shown();
         error = logs.stream().filter(step::unhealthy).findFirst().orElse(null);
-        passed = thrown == null && step.expect.healthy().test(result) && error == null;
+        passed = thrown == null && step.expect().healthy().test(result) && error == null;
         failedRuns = passed ? 0 : 1;
         return this;
     }

@@ -191,7 +191,7 @@ class ConsoleEndToEndTest {
         Result r = console("run", "--answer", SELF_TEST_FAILS, "--junit", xml.toString());
         assertEquals(1, r.code());
         List<String> lines = r.lines();
-        int step = FactorySequence.steps().stream().map(s -> s.method).collect(Collectors.toList())
+        int step = FactorySequence.steps().stream().map(s -> s.method()).collect(Collectors.toList())
                 .indexOf("startSensorSelfTestNative") + 1;
         assertEquals(List.of("Failures:", "  FAIL  step " + step + " startSensorSelfTestNative(1, 1): answered 5, "
                 + "healthy answer 0"), lines.subList(lines.size() - 3, lines.size() - 1));

@@ -19,24 +19,24 @@ import org.junit.jupiter.params.provider.MethodSource;
 /** The factory-test sequence covers every native method, and every step's arguments fit its method. */
 class FactorySequenceTest {
     static Stream<Arguments> steps() {
-        return FactorySequence.steps().stream().map(s -> Arguments.of(s.method, s));
+        return FactorySequence.steps().stream().map(s -> Arguments.of(s.method(), s));
     }
 
     @ParameterizedTest(name = "{index} {0}")
     @MethodSource("steps")
     void argumentsFitTheMethod(String method, FactorySequence.Step step) {
         Class<?>[] types = step.resolve().getParameterTypes();
-        assertEquals(types.length, step.args.length, "argument count");
+        assertEquals(types.length, step.args().length, "argument count");
         for (int i = 0; i < types.length; i++) {
-            assertTrue(MethodType.methodType(types[i]).wrap().returnType().isInstance(step.args[i]),
-                    method + " takes " + Arrays.toString(types) + ", given " + Arrays.deepToString(step.args));
+            assertTrue(MethodType.methodType(types[i]).wrap().returnType().isInstance(step.args()[i]),
+                    method + " takes " + Arrays.toString(types) + ", given " + Arrays.deepToString(step.args()));
         }
     }
 
     @Test
     void everyNativeMethodIsCovered() {
         Set<String> missing = Natives.all().stream().map(Method::getName).collect(Collectors.toCollection(TreeSet::new));
-        FactorySequence.steps().forEach(s -> missing.remove(s.method));
+        FactorySequence.steps().forEach(s -> missing.remove(s.method()));
         assertEquals(Set.of(), missing);
     }
 }

@@ -14,11 +14,11 @@ import org.junit.jupiter.params.provider.CsvSource;
 /** Verdicts from what the calls answered and logged, without a library: the steps' and the drill's. */
 class JudgingTest {
     private static Step step(String method) {
-        return FactorySequence.steps().stream().filter(s -> s.method.equals(method)).findFirst().orElseThrow();
+        return FactorySequence.steps().stream().filter(s -> s.method().equals(method)).findFirst().orElseThrow();
     }
 
     private static StepRecord answered(Step step, Object result, String... logs) {
-        StepRecord r = new StepRecord(step.method, step.args);
+        StepRecord r = new StepRecord(step.method(), step.args());
         r.result = result;
         r.logs = JunitCheck.logs(logs);
         r.calls = List.of(new Call("power", "getPowerState", 1, List.of("battery")));
