@@ -14,9 +14,8 @@ import java.util.Comparator;
 import java.util.List;
 import java.util.Locale;
 import java.util.concurrent.Callable;
-import java.util.concurrent.CompletableFuture;
-import java.util.concurrent.CompletionException;
 import java.util.concurrent.ExecutionException;
+import java.util.concurrent.FutureTask;
 import java.util.concurrent.TimeUnit;
 import java.util.concurrent.TimeoutException;
 import java.util.function.Function;
@@ -223,13 +222,10 @@ public final class Console implements Callable<Integer> {
      * two seconds says every five how long it has waited, so that no wait is silent.
      */
     static <T> T await(PrintWriter err, String prefix, String what, long expectedMs, Callable<T> work) {
-        CompletableFuture<T> done = CompletableFuture.supplyAsync(() -> {
-            try {
-                return work.call();
-            } catch (Exception e) {
-                throw new CompletionException(e);
-            }
-        });
+        FutureTask<T> done = new FutureTask<>(work);
+        Thread worker = new Thread(done, "mmi " + what);
+        worker.setDaemon(true);
+        worker.start();
         long start = System.nanoTime();
         for (long next = 2000; ; next += 5000) {
             try {
@@ -241,9 +237,7 @@ public final class Console implements Callable<Integer> {
                 Thread.currentThread().interrupt();
                 throw new Failure("interrupted while waiting for " + what);
             } catch (ExecutionException e) {
-                Throwable cause = e.getCause() instanceof CompletionException c && c.getCause() != null ? c.getCause()
-                        : e.getCause();
-                throw cause instanceof RuntimeException r ? r : new Failure(cause.toString());
+                throw e.getCause() instanceof RuntimeException r ? r : new Failure(e.getCause().toString());
             }
         }
     }

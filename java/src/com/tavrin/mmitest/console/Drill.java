@@ -73,7 +73,6 @@ final class Drill {
     /** Runs the drill on the started device and judges it into the report. */
     void run(RunReport report, PrintWriter err) {
         SimulatedDevice.takeLogLines();
-        SimulatedDevice.takeCallRecords();
         List<StepRecord> before = probe();
         long faultStart = System.nanoTime();
         if (fault == Fault.kill) {
@@ -84,7 +83,6 @@ final class Drill {
         SimulatedDevice.waitIdle();
         double faultSeconds = seconds(faultStart);
         List<LogLine> killLogs = SimulatedDevice.takeLogLines();
-        SimulatedDevice.takeCallRecords();
         List<StepRecord> down = probe();
 
         long reviveStart = System.nanoTime();
@@ -109,7 +107,6 @@ final class Drill {
         SimulatedDevice.setRestartDelay(device.restartDelay);
         List<LogLine> reviveLogs = SimulatedDevice.takeLogLines();
         double reviveSeconds = seconds(reviveStart);
-        SimulatedDevice.takeCallRecords();
         List<StepRecord> after = probe();
         Phases phases = new Phases(before, down, after, killLogs, restartLogs, reviveLogs, faultSeconds,
                 reviveSeconds);
@@ -197,7 +194,9 @@ final class Drill {
         return checks;
     }
 
+    /** What every probe answers now; the calls made before are not theirs. */
     private List<StepRecord> probe() {
+        SimulatedDevice.takeCallRecords();
         return probes.stream().map(p -> StepRecord.invoke(p.resolve(), p.args()).judge(p)).toList();
     }
 

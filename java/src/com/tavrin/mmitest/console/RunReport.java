@@ -289,29 +289,15 @@ final class RunReport {
         return "\"" + escape(value, true) + "\"";
     }
 
-    /** Text for an XML document: markup characters as entities, and what XML cannot carry as \\uXXXX. */
-    static String escape(String text, boolean attribute) {
-        String s = xmlText(text).replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;");
-        return attribute ? s.replace("\"", "&quot;") : s;
-    }
-
     /**
-     * The text with every character XML 1.0 cannot carry (controls other than tab and line breaks,
-     * unpaired surrogates, U+FFFE and U+FFFF) written as \\uXXXX: a device may answer anything.
+     * Text for an XML document: markup characters as entities, and every character XML 1.0 cannot
+     * carry (controls other than tab and line breaks, unpaired surrogates, U+FFFE and U+FFFF) as
+     * \\uXXXX: a device may answer anything.
      */
-    static String xmlText(String s) {
-        StringBuilder out = new StringBuilder(s.length());
-        for (int i = 0; i < s.length(); i++) {
-            char c = s.charAt(i);
-            boolean pair = Character.isHighSurrogate(c) && i + 1 < s.length() && Character.isLowSurrogate(s.charAt(i + 1));
-            if (pair) {
-                out.append(c).append(s.charAt(++i));
-            } else if ((c < 0x20 && c != '\t' && c != '\n' && c != '\r') || Character.isSurrogate(c) || c >= 0xfffe) {
-                out.append(String.format("\\u%04x", (int) c));
-            } else {
-                out.append(c);
-            }
-        }
-        return out.toString();
+    static String escape(String text, boolean attribute) {
+        String s = Terminal.escape(text.codePoints(), c -> (c < 0x20 && c != '\t' && c != '\n' && c != '\r')
+                || (c >= Character.MIN_SURROGATE && c <= Character.MAX_SURROGATE) || c == 0xfffe || c == 0xffff)
+                .replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;");
+        return attribute ? s.replace("\"", "&quot;") : s;
     }
 }

@@ -1,6 +1,8 @@
 package com.tavrin.mmitest.console;
 
 import java.util.Map;
+import java.util.function.IntPredicate;
+import java.util.stream.IntStream;
 import java.util.function.UnaryOperator;
 
 /**
@@ -77,17 +79,19 @@ record Terminal(int width, boolean colour) {
      * cursor or recolour the terminal.
      */
     static String printable(String text) {
-        StringBuilder out = null;
-        for (int i = 0; i < text.length(); i++) {
-            char c = text.charAt(i);
-            boolean control = c < 0x20 || c == 0x7f || (c >= 0x80 && c < 0xa0);
-            if (control && out == null) {
-                out = new StringBuilder(text.substring(0, i));
+        return escape(text.chars(), c -> c < 0x20 || c == 0x7f || (c >= 0x80 && c < 0xa0));
+    }
+
+    /** Characters or code points, each that escaped picks written as \\uXXXX. */
+    static String escape(IntStream text, IntPredicate escaped) {
+        StringBuilder out = new StringBuilder();
+        text.forEach(c -> {
+            if (escaped.test(c)) {
+                out.append(String.format("\\u%04x", c));
+            } else {
+                out.appendCodePoint(c);
             }
-            if (out != null) {
-                out.append(control ? String.format("\\u%04x", (int) c) : String.valueOf(c));
-            }
-        }
-        return out == null ? text : out.toString();
+        });
+        return out.toString();
     }
 }

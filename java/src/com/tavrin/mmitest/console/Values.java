@@ -236,9 +236,7 @@ final class Values {
 
     /** JSON text with every character above 0x7e escaped; JSON has such characters only inside strings. */
     static String ascii(String json) {
-        StringBuilder out = new StringBuilder(json.length());
-        json.chars().forEach(c -> out.append(c > 0x7e ? String.format("\\u%04x", c) : String.valueOf((char) c)));
-        return out.toString();
+        return Terminal.escape(json.chars(), c -> c > 0x7e);
     }
 
     private static String hex(byte[] bytes) {
