@@ -38,13 +38,13 @@ import picocli.CommandLine.*;
 @Command(name = "mmi", subcommands = {FactoryRun.class, CallCommand.class, HelpCommand.class},
         // The subcommands take the version, -h and -V, the options in their order and the heading of
         // the exit codes from here.
-        scope = ScopeType.INHERIT, versionProvider = Console.Version.class, mixinStandardHelpOptions = true,
+        scope = ScopeType.INHERIT, versionProvider = Console.class, mixinStandardHelpOptions = true,
         sortOptions = false,
         description = "The factory-test console: the native library in front of the simulated device.",
         exitCodeListHeading = "%nExit codes:%n",
         exitCodeList = {"0:done, every check passed", "1:a step, a check, the library or a write failed",
             "2:the command line was refused"})
-public final class Console implements Callable<Integer> {
+public final class Console implements Callable<Integer>, IVersionProvider {
     static final int OK = 0;
     static final int FAILED = 1;
     static final int USAGE = 2;
@@ -93,11 +93,9 @@ public final class Console implements Callable<Integer> {
         return System.getProperty("mmi.version", "unknown");
     }
 
-    static final class Version implements IVersionProvider {
-        @Override
-        public String[] getVersion() {
-            return new String[] {"mmi " + version()};
-        }
+    @Override
+    public String[] getVersion() {
+        return new String[] {"mmi " + version()};
     }
 
     /** A standard stream that remembers why a write failed, for the one line that says so. */

@@ -261,8 +261,8 @@ final class FactoryRun implements Callable<Integer> {
             out.println();
             return;
         }
-        List<String> missing = new ArrayList<>(DeviceOptions.serviceNames());
-        missing.removeAll(SimulatedDevice.linkedServices());
+        List<String> missing = DeviceOptions.serviceNames().stream()
+                .filter(s -> !SimulatedDevice.linkedServices().contains(s)).toList();
         int all = DeviceOptions.serviceNames().size();
         out.println("library loaded: " + (all - missing.size()) + " of " + all + " services connected"
                 + (missing.isEmpty() ? "" : " (" + String.join(", ", missing) + " missing)"));
@@ -364,22 +364,14 @@ final class FactoryRun implements Callable<Integer> {
         }
         String[] header = {"", "service", "request", "while down", drill.revivedByDrill() ? "after revive"
                 : "after restart"};
-        List<String[]> rows = new ArrayList<>();
-        for (RunReport.DrillCheck c : report.checks) {
-            if (!c.detail().isEmpty()) {
-                int colon = c.name().indexOf(": ");
-                rows.add(new String[] {RunReport.verdict(c.status()), c.name().substring(0, colon),
-                    c.name().substring(colon + 2), after(c.detail().get(1)), after(c.detail().get(2))});
-            }
-        }
-        Table table = new Table(out, terminal, verbose, header, rows, new int[] {4, 12, 16, 8, 8});
-        int row = 0;
+        Table table = new Table(out, terminal, verbose, header, report.checks.stream().filter(c -> !c.detail()
+                .isEmpty()).map(RunReport.DrillCheck::row).toList(), new int[] {4, 12, 16, 8, 8});
         for (RunReport.DrillCheck c : report.checks) {
             if (c.detail().isEmpty()) {
                 Table.verdictLine(out, terminal, verbose, RunReport.verdict(c.status()), c.message());
                 continue;
             }
-            table.row(rows.get(row++));
+            table.row(c.row());
             if (c.status() != RunReport.Status.OK) {
                 table.note((c.status() == RunReport.Status.SKIPPED ? "not checked: " : "") + c.message() + "; "
                         + String.join(", ", c.detail()));
@@ -393,10 +385,6 @@ final class FactoryRun implements Callable<Integer> {
         out.println("drill: " + report.passedChecks() + " of " + report.countedChecks() + " checks passed"
                 + (report.countedChecks() < report.checks.size()
                         ? ", " + (report.checks.size() - report.countedChecks()) + " not checked" : ""));
-    }
-
-    private static String after(String labelled) {
-        return labelled.substring(labelled.indexOf(": ") + 2);
     }
 
     private void printLogs(String when, List<LogLine> lines) {

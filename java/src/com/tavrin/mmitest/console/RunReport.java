@@ -26,10 +26,21 @@ final class RunReport {
         @SerializedName("ok") OK, @SerializedName("fail") FAIL, @SerializedName("skipped") SKIPPED
     }
 
-    /** One check of the drill: a probe's row, or a check on a line of its own (no detail). */
+    /**
+     * One check of the drill: a probe's row (named SERVICE: REQUEST, its answers before, while down
+     * and after as detail), or a check on a line of its own (no detail).
+     */
     record DrillCheck(String name, Status status, String message, List<String> detail, double durationMs) {
         static DrillCheck line(boolean ok, String name, String message, double seconds) {
             return new DrillCheck(name, ok ? Status.OK : Status.FAIL, message, List.of(), ms(seconds));
+        }
+
+        /** A probe's row of the drill's table: verdict, service, request, answer while down and after. */
+        String[] row() {
+            List<String> cells = new ArrayList<>(List.of(verdict(status)));
+            cells.addAll(List.of(name.split(": ", 2)));
+            detail.subList(1, 3).forEach(labelled -> cells.add(labelled.substring(labelled.indexOf(": ") + 2)));
+            return cells.toArray(new String[0]);
         }
     }
 
