@@ -150,8 +150,11 @@ final class Values {
         return object;
     }
 
+    /** A field a command line may set: a public instance field of a model class, an int or a String. */
     private static Field field(Class<?> type, String name) {
-        return fields(type).stream().filter(f -> f.getName().equals(name)).findFirst()
+        return Arrays.stream(type.getDeclaredFields()).filter(f -> f.getName().equals(name)
+                && Modifier.isPublic(f.getModifiers()) && !Modifier.isStatic(f.getModifiers())
+                && (f.getType() == int.class || f.getType() == String.class)).findFirst()
                 .orElseThrow(() -> new IllegalArgumentException(type.getSimpleName() + " has no field " + name));
     }
 
@@ -211,22 +214,10 @@ final class Values {
         return new IllegalArgumentException(Character.toLowerCase(reason.charAt(0)) + reason.substring(1) + where);
     }
 
-    /** The public instance fields of a model class, in declaration order. */
-    static List<Field> fields(Class<?> type) {
-        return Arrays.stream(type.getDeclaredFields()).filter(f -> Modifier.isPublic(f.getModifiers())
-                && !Modifier.isStatic(f.getModifiers()) && (f.getType() == int.class || f.getType() == String.class))
-                .toList();
-    }
-
     /** Prints a value the way the parser above reads it back. */
     static String format(Object value) {
-        if (value instanceof int[]) {
-            return Arrays.toString((int[]) value);
-        }
-        if (value instanceof byte[]) {
-            return hex((byte[]) value);
-        }
-        return json(value);
+        return value instanceof int[] ints ? Arrays.toString(ints) : value instanceof byte[] bytes ? hex(bytes)
+                : json(value);
     }
 
     /** One line of JSON, in ASCII: anything else as \\uXXXX, so it survives any terminal and reads back. */
