@@ -159,19 +159,15 @@ final class Drill {
             StepRecord a = p.after().get(i);
             String reached = services.get(i);
             downCalls += d.calls.size();
-            String why;
-            Status status;
-            if (!b.passed) {
-                why = "failing before the kill";
-                status = Status.SKIPPED;
-            } else {
+            if (b.passed) {
                 killedHealthy += reached.equals(service) ? 1 : 0;
                 othersHealthy += reached.equals(service) ? 0 : 1;
-                boolean released = d.thrown == null && probe.isFailureValue(d.result);
-                boolean restored = a.passed && b.shown().equals(a.shown());
-                why = released && restored ? "ok" : !released ? "answered while down" : "not restored";
-                status = released && restored ? Status.OK : Status.FAIL;
             }
+            boolean released = d.thrown == null && probe.isFailureValue(d.result);
+            boolean restored = a.passed && b.shown().equals(a.shown());
+            Status status = !b.passed ? Status.SKIPPED : released && restored ? Status.OK : Status.FAIL;
+            String why = !b.passed ? "failing before the kill" : !released ? "answered while down"
+                    : !restored ? "not restored" : "ok";
             checks.add(new DrillCheck(reached + ": " + b.method + "(" + b.shownArguments(", ") + ")", status,
                     why, List.of("before: " + b.shown(), "while down: " + d.shown(), "after revive: " + a.shown()),
                     RunReport.ms(b.seconds + d.seconds + a.seconds)));
