@@ -284,16 +284,15 @@ final class FactoryRun implements Callable<Integer> {
      * of failed runs.
      */
     private void sequence(RunReport report, List<Step> steps, List<Integer> chosen) {
-        StepRecord[] records = new StepRecord[chosen.size()];
-        Table table = null;
         if (!quiet) {
             out.println("Factory-test sequence");
-            table = repeat == 1 ? sequenceTable(steps, chosen) : null;
         }
+        Table table = !quiet && repeat == 1 ? sequenceTable(steps, chosen) : null;
+        StepRecord[] records = new StepRecord[chosen.size()];
         for (int round = 1; round <= repeat && !report.stopped; round++) {
             int failed = 0;
             int ran = 0;
-            for (int k = 0; k < chosen.size() && !report.stopped; k++) {
+            for (int k = 0; k < chosen.size() && !report.stopped; k++, ran++) {
                 Step step = steps.get(chosen.get(k));
                 StepRecord r = StepRecord.invoke(step.resolve(), step.args()).judge(step);
                 r.number = chosen.get(k) + 1;
@@ -301,7 +300,6 @@ final class FactoryRun implements Callable<Integer> {
                 if (table != null) {
                     printStep(table, step, r);
                 }
-                ran++;
                 failed += r.passed ? 0 : 1;
                 report.stopped = !r.passed && exitFirst;
             }
@@ -315,10 +313,8 @@ final class FactoryRun implements Callable<Integer> {
             return;
         }
         if (table == null) {
-            table = sequenceTable(steps, chosen);
-            for (StepRecord r : report.steps) {
-                printStep(table, steps.get(r.number - 1), r);
-            }
+            Table rounds = sequenceTable(steps, chosen);
+            report.steps.forEach(r -> printStep(rounds, steps.get(r.number - 1), r));
         }
         int failed = report.failedSteps();
         long methods = report.steps.stream().map(s -> s.method).distinct().count();
