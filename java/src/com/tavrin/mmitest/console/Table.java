@@ -33,8 +33,9 @@ final class Table {
         this.out = out;
         this.terminal = terminal;
         this.full = full;
-        int[] wanted = IntStream.range(0, header.length).map(c -> Stream.concat(Stream.<String[]>of(header), rows.stream())
-                .mapToInt(row -> Terminal.columns(row[c])).max().orElse(0)).toArray();
+        List<String[]> all = Stream.concat(Stream.<String[]>of(header), rows.stream()).toList();
+        int[] wanted = IntStream.range(0, header.length)
+                .map(c -> all.stream().mapToInt(row -> Terminal.columns(row[c])).max().orElse(0)).toArray();
         int available = terminal.width() - INDENT.length() - GAP.length() * (header.length - 1);
         // Verbose rows keep the layout but cut no cell: one wider than its column runs on, and the
         // columns after it give up their alignment rather than pad every row to the widest cell.
