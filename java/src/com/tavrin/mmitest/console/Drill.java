@@ -168,8 +168,8 @@ final class Drill {
             Status status = !b.passed ? Status.SKIPPED : released && restored ? Status.OK : Status.FAIL;
             String why = !b.passed ? "failing before the kill" : !released ? "answered while down"
                     : !restored ? "not restored" : "ok";
-            checks.add(new DrillCheck(reached + ": " + b.method + "(" + b.shownArguments(", ") + ")", status,
-                    why, List.of("before: " + b.shown(), "while down: " + d.shown(), "after revive: " + a.shown()),
+            checks.add(new DrillCheck(reached + ": " + b.request(), status, why,
+                    List.of("before: " + b.shown(), "while down: " + d.shown(), "after revive: " + a.shown()),
                     RunReport.ms(b.seconds + d.seconds + a.seconds)));
         }
         double before = p.before().stream().mapToDouble(r -> r.seconds).sum();

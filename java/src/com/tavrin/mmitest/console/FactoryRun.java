@@ -326,15 +326,14 @@ final class FactoryRun implements Callable<Integer> {
     private Table sequenceTable(List<Step> steps, List<Integer> chosen) {
         // The answers are not known yet: each may take what a long healthy answer would.
         List<String[]> rows = chosen.stream().map(i -> new String[] {"FAIL", String.valueOf(i + 1),
-            steps.get(i).method() + "(" + StepRecord.shownArguments(steps.get(i).args(), ", ") + ")",
+            StepRecord.request(steps.get(i).method(), steps.get(i).args()),
             String.format("%-30s", steps.get(i).expect().shown())}).toList();
         return new Table(out, terminal, verbose, new String[] {"", "#", "call", "answer"}, rows,
                 new int[] {4, 2, 30, 12});
     }
 
     private void printStep(Table table, Step step, StepRecord r) {
-        table.row(r.passed ? "PASS" : "FAIL", String.valueOf(r.number), r.method + "(" + r.shownArguments(", ") + ")",
-                r.shown());
+        table.row(r.passed ? "PASS" : "FAIL", String.valueOf(r.number), r.request(), r.shown());
         if (!r.passed) {
             table.note("healthy answer: " + r.expected + (r.runs > 1 ? "; " + r.failedRuns + " of " + r.runs
                     + " runs failed" : ""));

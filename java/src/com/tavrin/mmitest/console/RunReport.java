@@ -111,8 +111,8 @@ final class RunReport {
         List<String[]> lines = new ArrayList<>();
         for (StepRecord s : steps) {
             if (!s.passed) {
-                lines.add(new String[] {"FAIL", "step " + s.number + " " + s.method + "(" + s.shownArguments(", ")
-                        + "): " + s.runsFailed() + s.why()});
+                lines.add(new String[] {"FAIL", "step " + s.number + " " + s.request() + ": " + s.runsFailed()
+                        + s.why()});
             }
         }
         for (DrillCheck c : checks) {

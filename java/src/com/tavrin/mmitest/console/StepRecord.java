@@ -126,6 +126,15 @@ final class StepRecord {
         return shownArguments(args, separator);
     }
 
+    /** The request as the tables and the summary show it: method(arguments). */
+    String request() {
+        return request(method, args);
+    }
+
+    static String request(String method, Object[] args) {
+        return method + "(" + shownArguments(args, ", ") + ")";
+    }
+
     static String shownArguments(Object[] args, String separator) {
         return Arrays.stream(args).map(Values::format).collect(Collectors.joining(separator));
     }
