@@ -19,6 +19,7 @@ import java.util.Arrays;
 import java.util.HexFormat;
 import java.util.List;
 import java.util.Map;
+import java.util.function.Function;
 import java.util.regex.Matcher;
 import java.util.regex.Pattern;
 
@@ -41,32 +42,27 @@ final class Values {
 
     private Values() {}
 
+    /** How each type of argument but a model object is read; everything but a primitive may also be null. */
+    private static final Map<Class<?>, Function<String, Object>> READERS = Map.of(
+            int.class, Values::parseInt,
+            long.class, text -> integer(text, "long", Long.MIN_VALUE, Long.MAX_VALUE),
+            boolean.class, Values::parseBoolean,
+            String.class, Values::parseString,
+            int[].class, Values::parseIntArray,
+            byte[].class, Values::parseBytes);
+
     static Object parse(Class<?> type, String text) {
-        if (type == int.class) {
-            return parseInt(text);
-        }
-        if (type == long.class) {
-            return integer(text, "long", Long.MIN_VALUE, Long.MAX_VALUE);
-        }
-        if (type == boolean.class) {
-            if (text.equals("true") || text.equals("false")) {
-                return Boolean.valueOf(text);
-            }
-            throw new IllegalArgumentException("not a boolean (true or false): " + text);
-        }
-        if (text.equals("null")) {
+        if (!type.isPrimitive() && text.equals("null")) {
             return null;
         }
-        if (type == String.class) {
-            return parseString(text);
+        return READERS.getOrDefault(type, t -> parseObject(type, t)).apply(text);
+    }
+
+    private static boolean parseBoolean(String text) {
+        if (text.equals("true") || text.equals("false")) {
+            return Boolean.parseBoolean(text);
         }
-        if (type == int[].class) {
-            return parseIntArray(text);
-        }
-        if (type == byte[].class) {
-            return parseBytes(text);
-        }
-        return parseObject(type, text);
+        throw new IllegalArgumentException("not a boolean (true or false): " + text);
     }
 
     /** Only plain decimal in the type's range: no '+', no blanks, nothing the parsers would quietly accept. */
