@@ -138,11 +138,17 @@ final class RunReport {
         boolean passed = passed();
         int counted = countedChecks();
         String line = (passed ? "PASSED: " : "FAILED: ") + (passed ? steps.size() : failedSteps()) + " of "
-                + count(steps.size(), "step") + (drillRan() ? ", " + (passed ? counted : counted - passedChecks())
-                        + " of " + count(counted, "drill check") : "") + (passed ? " passed" : " failed")
-                + (checks.size() > counted ? ", " + (checks.size() - counted) + " not checked" : "")
-                + (stopped ? ", stopped by -x" : drillService != null && drillSkipped != null
-                        ? ", drill skipped: " + drillSkipped : "");
+                + count(steps.size(), "step");
+        if (drillRan()) {
+            line += ", " + (passed ? counted : counted - passedChecks()) + " of " + count(counted, "drill check");
+        }
+        line += (passed ? " passed" : " failed")
+                + (checks.size() > counted ? ", " + (checks.size() - counted) + " not checked" : "");
+        if (stopped) {
+            line += ", stopped by -x";
+        } else if (drillService != null && drillSkipped != null) {
+            line += ", drill skipped: " + drillSkipped;
+        }
         // The runs each step made, which -x may have cut short.
         IntSummaryStatistics runs = steps.stream().mapToInt(s -> s.runs).summaryStatistics();
         String each = runs.getMax() <= 1 ? "" : (runs.getMin() == runs.getMax() ? "" : runs.getMin() + "-")
