@@ -183,9 +183,9 @@ final class FactoryRun implements Callable<Integer> {
         if (repeat < 1 || repeat > 100_000) {
             throw refusal("--repeat takes 1 to 100000, got " + repeat);
         }
-        for (String option : list ? List.of("--junit", "--json", "--repeat", "--exitfirst") : List.<String>of()) {
+        for (String option : List.of("--junit", "--json", "--repeat", "--exitfirst")) {
             OptionSpec o = given.matchedOption(option);
-            if (o != null) {
+            if (list && o != null) {
                 String typed = o.arity().max() == 0 ? option : option + " " + o.originalStringValues().get(0);
                 throw refusal("--list runs nothing, so " + typed + " has no effect; give one or the other");
             }
@@ -193,8 +193,8 @@ final class FactoryRun implements Callable<Integer> {
         if (quiet && verbose) {
             throw refusal("-q and -v contradict each other; give one");
         }
-        for (String option : noDrill ? List.of("--drill", "--drill-fault") : List.<String>of()) {
-            if (given.hasMatchedOption(option)) {
+        for (String option : List.of("--drill", "--drill-fault")) {
+            if (noDrill && given.hasMatchedOption(option)) {
                 throw refusal(option + " and --no-drill contradict each other; give one");
             }
         }
