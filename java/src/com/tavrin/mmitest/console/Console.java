@@ -117,10 +117,6 @@ public final class Console implements Callable<Integer>, IVersionProvider {
         }
     }
 
-    static CommandLine commandLine() {
-        return commandLine(new Sink(FileDescriptor.out), new Sink(FileDescriptor.err));
-    }
-
     /** The console's command line, writing UTF-8 whatever the locale: device texts may carry any character. */
     static CommandLine commandLine(OutputStream out, OutputStream err) {
         CommandLine line = new CommandLine(new Console());

@@ -4,6 +4,7 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import java.io.OutputStream;
 import java.util.ArrayList;
 import java.util.List;
 
@@ -18,7 +19,7 @@ import picocli.CommandLine.ParameterException;
 class CallCommandTest {
     /** Parses a command line as the console does, without running it; refusals as IllegalArgumentException. */
     static CallCommand parse(List<String> args) {
-        CommandLine line = Console.commandLine();
+        CommandLine line = Console.commandLine(OutputStream.nullOutputStream(), OutputStream.nullOutputStream());
         List<String> all = new ArrayList<>(List.of("call"));
         all.addAll(args);
         try {
