@@ -72,14 +72,11 @@ public final class Console implements Callable<Integer>, IVersionProvider {
         CommandLine line = commandLine(out, err);
         int code = line.execute(args);
         // A result that never reached its reader is no result: coreutils' rule for stdout.
-        if (line.getOut().checkError()) {
+        boolean lost = line.getOut().checkError();
+        if (lost) {
             line.getErr().println("mmi: cannot write standard output: " + out.failure);
-            code = code == OK ? FAILED : code;
         }
-        if (line.getErr().checkError()) {
-            code = code == OK ? FAILED : code;
-        }
-        System.exit(code);
+        System.exit(code == OK && (lost || line.getErr().checkError()) ? FAILED : code);
     }
 
     @Override
