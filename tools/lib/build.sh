@@ -16,8 +16,8 @@ shown_path() {
 # the step it is at, on stderr. Fails when it said nothing, so the caller knows no work was done.
 # On a terminal the step line updates in place, with a carriage return and blanks rather than an
 # escape sequence when NO_COLOR asks for plain output. When build_ready_file is set, it creates
-# that file once a line matches build_ready_pattern (a step is done) or the build ends, for a
-# caller that waits on one step of a build running in the background.
+# that file once a line matches build_ready_pattern (a step is done), for a caller that waits on
+# one step of a build running in the background.
 build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said already)
     local log="$1" announcement="$2" said="$3" line part="" step="configuring" last="" tty=0
     local start=$SECONDS next=$((SECONDS + 5))
@@ -51,7 +51,6 @@ build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said a
         fi
     done
     exec 3>&-
-    [ -z "${build_ready_file:-}" ] || : >"$build_ready_file"
     [ $tty -eq 0 ] || [ $said -eq 0 ] || printf '%s' "$clear" >&2
     [ $said -eq 1 ]
 }
