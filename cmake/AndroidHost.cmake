@@ -38,3 +38,13 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
 # Interface code generated from the .hal packages.
 include(${CMAKE_CURRENT_LIST_DIR}/HidlGen.cmake)
+
+# kxmmi_stand_in(<target>...): the host stand-ins (transport, HidlUtil, simulated device) are
+# compiled for a quick first build, which the first ./mmi run waits on, not for speed: without
+# exceptions, as a device builds its platform code, and unoptimised in a release build (the
+# sanitizer builds keep their own level, which their timing-sensitive tests were tuned on).
+function(kxmmi_stand_in)
+  foreach(target ${ARGN})
+    target_compile_options(${target} PRIVATE -fno-exceptions $<$<CONFIG:Release>:-O0>)
+  endforeach()
+endfunction()

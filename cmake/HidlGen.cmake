@@ -121,16 +121,26 @@ add_test(NAME hidl_gen_check
 # that serve only some operations. Headers are found as "<last package component>/<name>.h"
 # under HIDL_GEN_IMPL_DIR. The sources of all the calls in one folder compile as one bundle
 # (they parse the same interface headers), which the first call adds to <out var>.
+# Generated while configuring (hidl-gen takes milliseconds) and again when a .hal file changes:
+# as a build step it would wait for every library its target links, and with it the simulated
+# device's first compile, on which the first ./mmi run waits.
 set(HIDL_GEN_IMPL_DIR ${CMAKE_BINARY_DIR}/hidl-gen/impl)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${HIDL_GEN_HAL_FILES})
 function(hidl_gen_impl fqname name out_var)
   string(REGEX MATCH "\\.([a-z]+)@" _ ${fqname})
   set(dir ${HIDL_GEN_IMPL_DIR}/${CMAKE_MATCH_1})
-  add_custom_command(
-    OUTPUT ${dir}/${name}.h ${dir}/${name}.cpp
-    COMMAND ${HIDL_GEN} ${HIDL_GEN_ROOTS} -o ${dir} -Lc++-impl ${fqname}
-    DEPENDS ${HIDL_GEN_HAL_FILES}
-    COMMENT "hidl-gen -Lc++-impl ${fqname}"
-    VERBATIM)
+  execute_process(
+    COMMAND ${HIDL_GEN} ${HIDL_GEN_ROOTS} -o ${dir}.new -Lc++-impl ${fqname}
+    RESULT_VARIABLE status ERROR_VARIABLE err)
+  if(NOT status EQUAL 0)
+    message(FATAL_ERROR "hidl-gen -Lc++-impl ${fqname} failed: ${err}")
+  endif()
+  # Copied only when changed, so a reconfigure rebuilds nothing.
+  file(MAKE_DIRECTORY ${dir})
+  foreach(file ${name}.h ${name}.cpp)
+    file(COPY_FILE ${dir}.new/${file} ${dir}/${file} ONLY_IF_DIFFERENT)
+  endforeach()
+  file(REMOVE_RECURSE ${dir}.new)
   get_property(sources DIRECTORY PROPERTY HIDL_GEN_IMPL_SOURCES)
   set_property(DIRECTORY APPEND PROPERTY HIDL_GEN_IMPL_SOURCES ${dir}/${name}.cpp)
   if(NOT sources)
@@ -142,11 +152,5 @@ endfunction()
 
 function(_hidl_gen_impl_bundle)
   get_property(sources DIRECTORY PROPERTY HIDL_GEN_IMPL_SOURCES)
-  set(bundle ${HIDL_GEN_IMPL_DIR}/bundle.cpp)
-  bundle_sources(${bundle}.in ${sources})
-  add_custom_command(
-    OUTPUT ${bundle}
-    COMMAND ${CMAKE_COMMAND} -E copy ${bundle}.in ${bundle}
-    DEPENDS ${bundle}.in ${sources}
-    VERBATIM)
+  bundle_sources(${HIDL_GEN_IMPL_DIR}/bundle.cpp ${sources})
 endfunction()

@@ -60,6 +60,7 @@ JavaVM* CreateVm() {
                                       std::string("-agentpath:") + KXTEST_TEXT_AGENT,
                                       "-Xmx256m",
                                       "-Xss4m"};
+    texts.push_back("--enable-native-access=ALL-UNNAMED");  // else JDK 22+ warns at each load
     // Suites that need a JVM of their own kind (a small heap) add options; later ones win.
     std::istringstream extra(std::getenv("KXTEST_JVM_OPTIONS") ? std::getenv("KXTEST_JVM_OPTIONS")
                                                                : "");

@@ -15,7 +15,9 @@ shown_path() {
 # ninja's check that nothing changed) or takes longer than a second, says ANNOUNCEMENT and then
 # the step it is at, on stderr. Fails when it said nothing, so the caller knows no work was done.
 # On a terminal the step line updates in place, with a carriage return and blanks rather than an
-# escape sequence when NO_COLOR asks for plain output.
+# escape sequence when NO_COLOR asks for plain output. When build_ready_file is set, it creates
+# that file once a line matches build_ready_pattern (a step is done), for a caller that waits on
+# one step of a build running in the background.
 build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said already)
     local log="$1" announcement="$2" said="$3" line part="" step="configuring" last="" tty=0
     local start=$SECONDS next=$((SECONDS + 5))
@@ -28,6 +30,7 @@ build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said a
             line="$part$line" part=""
             printf '%s\n' "$line" >&3
             [[ $line =~ ^\[([0-9]+)/([0-9]+)\] ]] && step="step ${BASH_REMATCH[1]} of ${BASH_REMATCH[2]}"
+            [ -z "${build_ready_file:-}" ] || [[ ! $line =~ $build_ready_pattern ]] || : >"$build_ready_file"
             [[ $line =~ Re-checking\ globbed|^ninja:\ no\ work ]] || [ $said -eq 1 ] ||
                 { echo "$announcement" >&2; said=1; }
         elif [ $? -gt 128 ]; then
