@@ -122,11 +122,8 @@ final class CallCommand implements Callable<Integer> {
     private List<LogLine> awaitRestart(PrintWriter err) {
         List<String> pending = SimulatedDevice.pendingRegistrations();
         long delay = device.restartDelay;
-        String what = String.join(", ", pending) + " to restart";
-        if (!pending.isEmpty() && delay > 2000) {
-            err.println("mmi call: waiting for " + what + " (--restart-delay " + delay + " ms)");
-        }
-        return Console.await(err, "mmi call: ", what, delay, () -> {
+        return device.awaitRestart(err, "mmi call: ", String.join(", ", pending) + " to restart",
+                pending.isEmpty() ? 0 : delay, () -> {
             if (!SimulatedDevice.waitRestarts(delay + SimulatedDevice.DEFAULT_WAIT_MS)) {
                 throw new Console.Failure("gave up waiting for " + SimulatedDevice.waitingFor());
             }

@@ -3,10 +3,14 @@ package com.tavrin.mmitest.console;
 import com.tavrin.mmitest.sim.Catalogue;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
+import java.io.PrintWriter;
 import java.util.ArrayList;
+import java.util.HashSet;
+import java.util.Set;
 import java.util.Iterator;
 import java.util.Optional;
 import java.util.List;
+import java.util.concurrent.Callable;
 import java.util.stream.Collectors;
 
 import picocli.CommandLine.Model.CommandSpec;
@@ -92,27 +96,25 @@ final class DeviceOptions {
 
     /** Refuses options that contradict each other; needs no library. */
     void check(CommandSpec spec) {
+        List<String> versioned = versioned();
         for (String s : onlyV10) {
-            if (!versioned().isEmpty() && !versioned().contains(s)) {
-                throw new ParameterException(spec.commandLine(), s + " has no version 1.1 to withhold (--only-1.0 "
-                        + "takes " + String.join(", ", versioned()) + ")");
-            }
-            if (absent.contains(s)) {
-                throw new ParameterException(spec.commandLine(), "--absent " + s + " and --only-1.0 " + s
-                        + " contradict each other: an absent service offers no version");
-            }
+            refuseIf(spec, !versioned.isEmpty() && !versioned.contains(s), s + " has no version 1.1 to withhold "
+                    + "(--only-1.0 takes " + String.join(", ", versioned) + ")");
+            refuseIf(spec, absent.contains(s), "--absent " + s + " and --only-1.0 " + s
+                    + " contradict each other: an absent service offers no version");
         }
-        List<String> late = new ArrayList<>();
+        Set<String> late = new HashSet<>();
         for (StartDelay d : startDelays) {
-            if (absent.contains(d.service())) {
-                throw new ParameterException(spec.commandLine(), "--absent " + d.service() + " and --start-delay "
-                        + d.service() + "=" + d.ms() + " contradict each other: an absent service never registers");
-            }
-            if (late.contains(d.service())) {
-                throw new ParameterException(spec.commandLine(), "--start-delay " + d.service()
-                        + " is given twice; give one delay per service");
-            }
-            late.add(d.service());
+            refuseIf(spec, absent.contains(d.service()), "--absent " + d.service() + " and --start-delay "
+                    + d.service() + "=" + d.ms() + " contradict each other: an absent service never registers");
+            refuseIf(spec, !late.add(d.service()), "--start-delay " + d.service()
+                    + " is given twice; give one delay per service");
+        }
+    }
+
+    private static void refuseIf(CommandSpec spec, boolean refused, String message) {
+        if (refused) {
+            throw new ParameterException(spec.commandLine(), message);
         }
     }
 
@@ -178,6 +180,14 @@ final class DeviceOptions {
         return startDelays.isEmpty() ? null : "the library's load waits for the late services to register ("
                 + startDelays.stream().map(d -> d.service() + " after " + d.ms() + " ms").collect(Collectors.joining(", "))
                 + ")";
+    }
+
+    /** Waits for a crashed service to restart, saying so first when that takes longer than a moment. */
+    <T> T awaitRestart(PrintWriter err, String prefix, String what, long ms, Callable<T> work) {
+        if (ms > 2000) {
+            err.println(prefix + "waiting for " + what + " (--restart-delay " + restartDelay + " ms)");
+        }
+        return Console.await(err, prefix, what, ms, work);
     }
 
     long longestStartDelay() {

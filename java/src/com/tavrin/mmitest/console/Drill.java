@@ -91,11 +91,7 @@ final class Drill {
             // The restart was held until the probes had seen the service down: it lands now, after
             // the restart delay counted from the crash, as the platform would restart it.
             long left = device.restartDelay - (System.nanoTime() - faultStart) / 1_000_000;
-            if (left > 2000) {
-                err.println("mmi run: waiting for " + service + " to restart (--restart-delay " + device.restartDelay
-                        + " ms)");
-            }
-            Console.await(err, "mmi run: ", service + " to restart", left, () -> {
+            device.awaitRestart(err, "mmi run: ", service + " to restart", left, () -> {
                 Thread.sleep(Math.max(0, left));
                 return null;
             });

@@ -216,24 +216,15 @@ final class FactoryRun implements Callable<Integer> {
      * is given, those both accept when both are.
      */
     static List<Integer> select(List<Step> steps, List<Range> ranges, String keyword) {
-        for (Range r : ranges) {
-            for (int n : new int[] {r.first(), r.last()}) {
-                if (n < 1 || n > steps.size()) {
+        ranges.stream().flatMapToInt(r -> IntStream.of(r.first(), r.last())).filter(n -> n < 1 || n > steps.size())
+                .findFirst().ifPresent(n -> {
                     throw new IllegalArgumentException("--step " + n + ": the steps are numbered 1 to " + steps.size()
                             + " (--list shows them)");
-                }
-            }
-        }
-        List<Integer> chosen = new ArrayList<>();
-        for (int i = 0; i < steps.size(); i++) {
-            int n = i + 1;
-            boolean numbered = ranges.isEmpty() || ranges.stream().anyMatch(r -> r.contains(n));
-            boolean named = keyword == null
-                    || steps.get(i).method().toLowerCase(Locale.ROOT).contains(keyword.toLowerCase(Locale.ROOT));
-            if (numbered && named) {
-                chosen.add(i);
-            }
-        }
+                });
+        String word = keyword == null ? "" : keyword.toLowerCase(Locale.ROOT);
+        List<Integer> chosen = IntStream.range(0, steps.size())
+                .filter(i -> ranges.isEmpty() || ranges.stream().anyMatch(r -> r.contains(i + 1)))
+                .filter(i -> steps.get(i).method().toLowerCase(Locale.ROOT).contains(word)).boxed().toList();
         if (chosen.isEmpty()) {
             List<Integer> numbers = ranges.stream().flatMap(r -> IntStream.rangeClosed(r.first(), r.last()).boxed())
                     .toList();

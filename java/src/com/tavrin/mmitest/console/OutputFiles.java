@@ -34,14 +34,15 @@ final class OutputFiles {
 
     /** Throws IllegalArgumentException naming the option, the file and why it cannot be written. */
     static void check(List<Output> outputs) {
-        for (int i = 0; i < outputs.size(); i++) {
-            Output o = outputs.get(i);
-            String why = o.path() == null ? null : unwritable(o.path());
+        List<Output> given = outputs.stream().filter(o -> o.path() != null).toList();
+        for (int i = 0; i < given.size(); i++) {
+            Output o = given.get(i);
+            String why = unwritable(o.path());
             if (why != null) {
                 throw new IllegalArgumentException(o.option() + " " + o.path() + ": " + why);
             }
-            for (Output other : outputs.subList(0, i)) {
-                if (o.path() != null && other.path() != null && same(other.path(), o.path())) {
+            for (Output other : given.subList(0, i)) {
+                if (same(other.path(), o.path())) {
                     throw new IllegalArgumentException(other.option() + " and " + o.option() + " name the same file "
                             + o.path() + "; give each its own");
                 }

@@ -15,6 +15,9 @@ import java.util.ArrayList;
 import java.util.IntSummaryStatistics;
 import java.util.List;
 import java.util.Locale;
+import java.util.Map;
+import java.util.stream.Collectors;
+import java.util.stream.Stream;
 
 /**
  * What {@code ./mmi run} found, for the files a CI server or a script reads: the sequence's steps
@@ -218,88 +221,76 @@ final class RunReport {
         bytes.write((Values.ascii(GSON.toJson(json())) + "\n").getBytes(StandardCharsets.US_ASCII));
     }
 
+    /** One test case: how it did not pass (failure, error or skipped) and why, or a null kind. */
+    private record Case(String classname, String name, double seconds, String kind, String message,
+            List<String> text, List<String> out) {}
+
     /**
      * The layout CI servers read: testsuites, one testsuite per part with its counts, one testcase
      * per step or check with a failure, error or skipped child when it did not pass.
      */
     void writeJunit(OutputStream bytes) throws IOException {
-        int stepErrors = (int) steps.stream().filter(s -> s.thrown != null).count();
-        int stepFailures = failedSteps() - stepErrors;
-        int checkFailures = countedChecks() - passedChecks();
-        int skipped = checks.size() - countedChecks() + (drillService != null && drillSkipped != null ? 1 : 0);
-        double stepSeconds = steps.stream().mapToDouble(s -> s.seconds).sum();
-        double drillSeconds = checks.stream().mapToDouble(DrillCheck::durationMs).sum() / 1e3;
-        int drillCases = drillService == null ? 0 : drillSkipped == null ? checks.size() : 1;
-
+        List<Case> sequence = steps.stream().map(RunReport::stepCase).toList();
+        List<Case> drill = drillService == null ? List.of() : drillSkipped == null
+                ? checks.stream().map(this::checkCase).toList()
+                : List.of(new Case("mmi.drill", "drill", 0, "skipped", "skipped: " + drillSkipped, null, List.of()));
         StringBuilder xml = new StringBuilder("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites name=\""
-                + OutputFiles.MARK + "\"" + counts(steps.size() + drillCases, stepFailures + checkFailures, stepErrors,
-                        skipped, stepSeconds + drillSeconds) + ">\n");
-        xml.append(suite(0, "factory-test sequence", steps.size(), stepFailures, stepErrors, 0, stepSeconds));
-        for (StepRecord s : steps) {
-            String outcome = "";
-            if (!s.passed) {
-                List<String> text = new ArrayList<>(List.of("method: " + s.method,
-                        "arguments: " + s.shownArguments(" "), "answer: " + s.shown(), "healthy answer: " + s.expected));
-                text.addAll(s.detail());
-                outcome = outcome(s.thrown != null ? "error" : "failure", s.runsFailed() + s.method + " " + s.why(),
-                        text);
-            }
-            if (!s.detail().isEmpty()) {
-                outcome += "<system-out>" + escape(String.join("\n", s.detail()), false) + "</system-out>";
-            }
-            xml.append(testcase("mmi.sequence", String.format(Locale.ROOT, "%02d %s", s.number, s.method), s.seconds,
-                    outcome));
-        }
-        xml.append("</testsuite>\n");
-
+                + OutputFiles.MARK + "\"" + counts(Stream.concat(sequence.stream(), drill.stream()).toList()) + ">\n");
+        xml.append(suite(0, "factory-test sequence", sequence));
         if (drillService != null) {
-            boolean ran = drillSkipped == null;
             xml.append("\n").append(suite(1, "service-death drill: " + drillFault + " " + drillService
-                    + ", then revive it", ran ? checks.size() : 1, checkFailures, 0, ran ? skipped : 1, drillSeconds));
-            if (!ran) {
-                xml.append(testcase("mmi.drill", "drill", 0, skipped("skipped: " + drillSkipped)));
-            }
-            for (DrillCheck c : checks) {
-                List<String> text = new ArrayList<>(c.detail());
-                killLogs.forEach(line -> text.add("log at the kill: " + line));
-                downLogs.forEach(line -> text.add("log while down: " + line));
-                reviveLogs.forEach(line -> text.add("log at the revival: " + line));
-                xml.append(testcase("mmi.drill", c.name(), c.durationMs() / 1e3, switch (c.status()) {
-                    case OK -> "";
-                    case SKIPPED -> skipped(c.message());
-                    case FAIL -> outcome("failure", c.message(), text);
-                }));
-            }
-            xml.append("</testsuite>\n");
+                    + ", then revive it", drill));
         }
         bytes.write(xml.append("</testsuites>\n").toString().getBytes(StandardCharsets.UTF_8));
     }
 
-    private String suite(int id, String name, int tests, int failures, int errors, int skipped, double seconds) {
+    private static Case stepCase(StepRecord s) {
+        List<String> text = new ArrayList<>(List.of("method: " + s.method, "arguments: " + s.shownArguments(" "),
+                "answer: " + s.shown(), "healthy answer: " + s.expected));
+        text.addAll(s.detail());
+        return new Case("mmi.sequence", String.format(Locale.ROOT, "%02d %s", s.number, s.method), s.seconds,
+                s.passed ? null : s.thrown != null ? "error" : "failure", s.runsFailed() + s.method + " " + s.why(),
+                text, s.detail());
+    }
+
+    private Case checkCase(DrillCheck c) {
+        List<String> text = new ArrayList<>(c.detail());
+        killLogs.forEach(line -> text.add("log at the kill: " + line));
+        downLogs.forEach(line -> text.add("log while down: " + line));
+        reviveLogs.forEach(line -> text.add("log at the revival: " + line));
+        String kind = switch (c.status()) {
+            case OK -> null;
+            case SKIPPED -> "skipped";
+            case FAIL -> "failure";
+        };
+        return new Case("mmi.drill", c.name(), c.durationMs() / 1e3, kind, c.message(), text, List.of());
+    }
+
+    private String suite(int id, String name, List<Case> cases) {
         StringBuilder xml = new StringBuilder("<testsuite id=\"" + id + "\" name=" + attribute(name)
-                + " package=\"mmi\" hostname=\"localhost\" timestamp=\"" + timestamp + "\""
-                + counts(tests, failures, errors, skipped, seconds) + ">\n  <properties>");
+                + " package=\"mmi\" hostname=\"localhost\" timestamp=\"" + timestamp + "\"" + counts(cases)
+                + ">\n  <properties>");
         properties().forEach(p -> xml.append("<property name=" + attribute(p[0]) + " value=" + attribute(p[1]) + "/>"));
-        return xml.append("</properties>\n").toString();
+        xml.append("</properties>\n");
+        for (Case c : cases) {
+            String outcome = c.kind() == null ? "" : "<" + c.kind() + " message=" + attribute(c.message())
+                    + (c.kind().equals("skipped") ? "/>" : " type=\"" + (c.kind().equals("error") ? "exception"
+                    : "verdict") + "\">" + escape(String.join("\n", c.text()), false) + "</" + c.kind() + ">");
+            String out = c.out().isEmpty() ? "" : "<system-out>" + escape(String.join("\n", c.out()), false)
+                    + "</system-out>";
+            xml.append(String.format(Locale.ROOT, "  <testcase classname=\"%s\" name=%s time=\"%.6f\">%s%s"
+                    + "</testcase>\n", c.classname(), attribute(c.name()), c.seconds(), outcome, out));
+        }
+        return xml.append("</testsuite>\n").toString();
     }
 
-    private static String counts(int tests, int failures, int errors, int skipped, double seconds) {
+    /** The counts of a suite or of the whole file, from its cases. */
+    private static String counts(List<Case> cases) {
+        Map<String, Long> kinds = cases.stream().filter(c -> c.kind() != null)
+                .collect(Collectors.groupingBy(Case::kind, Collectors.counting()));
         return String.format(Locale.ROOT, " tests=\"%d\" failures=\"%d\" errors=\"%d\" skipped=\"%d\" time=\"%.6f\"",
-                tests, failures, errors, skipped, seconds);
-    }
-
-    private static String testcase(String classname, String name, double seconds, String content) {
-        return String.format(Locale.ROOT, "  <testcase classname=\"%s\" name=%s time=\"%.6f\">%s</testcase>\n",
-                classname, attribute(name), seconds, content);
-    }
-
-    private static String outcome(String kind, String message, List<String> text) {
-        return "<" + kind + " message=" + attribute(message) + " type=\"" + (kind.equals("error") ? "exception"
-                : "verdict") + "\">" + escape(String.join("\n", text), false) + "</" + kind + ">";
-    }
-
-    private static String skipped(String message) {
-        return "<skipped message=" + attribute(message) + "/>";
+                cases.size(), kinds.getOrDefault("failure", 0L), kinds.getOrDefault("error", 0L),
+                kinds.getOrDefault("skipped", 0L), cases.stream().mapToDouble(Case::seconds).sum());
     }
 
     private static String attribute(String value) {

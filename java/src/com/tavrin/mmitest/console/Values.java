@@ -102,12 +102,8 @@ final class Values {
         if (!e.isJsonArray()) {
             throw new IllegalArgumentException("not an int array: " + text);
         }
-        int[] values = new int[e.getAsJsonArray().size()];
-        for (int i = 0; i < values.length; i++) {
-            JsonElement v = e.getAsJsonArray().get(i);
-            values[i] = parseInt(v.isJsonPrimitive() ? v.getAsString() : v.toString());
-        }
-        return values;
+        return e.getAsJsonArray().asList().stream()
+                .mapToInt(v -> parseInt(v.isJsonPrimitive() ? v.getAsString() : v.toString())).toArray();
     }
 
     static byte[] parseBytes(String text) {
