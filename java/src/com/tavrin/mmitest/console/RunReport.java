@@ -245,7 +245,7 @@ final class RunReport {
     }
 
     private static Case stepCase(StepRecord s) {
-        List<String> text = new ArrayList<>(List.of("method: " + s.method, "arguments: " + s.shownArguments(" "),
+        List<String> text = new ArrayList<>(List.of("method: " + s.method, "arguments: " + StepRecord.shownArguments(s.args, " "),
                 "answer: " + s.shown(), "healthy answer: " + s.expected));
         text.addAll(s.detail());
         return new Case("mmi.sequence", String.format(Locale.ROOT, "%02d %s", s.number, s.method), s.seconds,

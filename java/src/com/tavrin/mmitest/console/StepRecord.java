@@ -122,10 +122,6 @@ final class StepRecord {
         return shown;
     }
 
-    String shownArguments(String separator) {
-        return shownArguments(args, separator);
-    }
-
     /** The request as the tables and the summary show it: method(arguments). */
     String request() {
         return request(method, args);

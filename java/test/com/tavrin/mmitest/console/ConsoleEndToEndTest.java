@@ -407,14 +407,19 @@ class ConsoleEndToEndTest {
         assertTrue(err.endsWith("mmi: cannot write standard output: no space left on device\n"), err);
     }
 
-    /** The answer comes as soon as the call returns; the restart of the service it crashed is waited for after. */
+    /**
+     * The answer comes as soon as the call returns; the restart of the service it crashed is waited
+     * for after, and said to be.
+     */
     @Test
     void callPrintsItsAnswerBeforeWaitingForTheRestart() throws Exception {
         List<String> command = new ArrayList<>(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
                 "-Djava.library.path=" + System.getProperty("mmi.test.libdir"), "-cp", System.getProperty("mmi.test.jar"),
                 "com.tavrin.mmitest.console.Console", "call", "--answer", "power.getPowerState=crash", "--restart-delay",
                 "6000", "getPowerStateNative", "battery"));
-        Process p = new ProcessBuilder(command).redirectError(ProcessBuilder.Redirect.DISCARD).start();
+        File err = File.createTempFile("mmi-err", ".txt");
+        err.deleteOnExit();
+        Process p = new ProcessBuilder(command).redirectError(err).start();
         java.io.BufferedReader out = new java.io.BufferedReader(new java.io.InputStreamReader(p.getInputStream(),
                 StandardCharsets.UTF_8));
         String first = out.readLine();
@@ -424,6 +429,8 @@ class ConsoleEndToEndTest {
         assertEquals("result: \"\"", first);
         assertTrue((System.nanoTime() - answered) / 1e9 > 4, "the answer came with the restart, not before it");
         assertTrue(rest.contains("log: W KxMMITest_jni: ReinitHal"), rest);
+        assertTrue(Files.readString(err.toPath()).startsWith("mmi call: waiting for power to restart (--restart-delay "
+                + "6000 ms)\n"), Files.readString(err.toPath()));
     }
 
     /** Steps whose version 1.1 is withheld do not pass, and the error lines of the calls show why. */
