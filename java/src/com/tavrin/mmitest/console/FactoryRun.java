@@ -282,8 +282,8 @@ final class FactoryRun implements Callable<Integer> {
         StepRecord[] records = new StepRecord[chosen.size()];
         for (int round = 1; round <= repeat && !report.stopped; round++) {
             int failed = 0;
-            int ran = 0;
-            for (int k = 0; k < chosen.size() && !report.stopped; k++, ran++) {
+            int k = 0;
+            for (; k < chosen.size() && !report.stopped; k++) {
                 Step step = steps.get(chosen.get(k));
                 StepRecord r = StepRecord.invoke(step.resolve(), step.args()).judge(step);
                 r.number = chosen.get(k) + 1;
@@ -296,7 +296,7 @@ final class FactoryRun implements Callable<Integer> {
             }
             if (repeat > 1) {
                 err.println("mmi run: round " + round + " of " + repeat + ": " + failed + " of "
-                        + RunReport.count(ran, "step") + " failed" + (report.stopped ? "; stopped by -x" : ""));
+                        + RunReport.count(k, "step") + " failed" + (report.stopped ? "; stopped by -x" : ""));
             }
         }
         Arrays.stream(records).filter(Objects::nonNull).forEach(report.steps::add);

@@ -42,16 +42,12 @@ final class OutputFiles {
                 throw new IllegalArgumentException(o.option() + " " + o.path() + ": " + why);
             }
             for (Output other : given.subList(0, i)) {
-                if (same(other.path(), o.path())) {
+                if (other.path().toAbsolutePath().normalize().equals(o.path().toAbsolutePath().normalize())) {
                     throw new IllegalArgumentException(other.option() + " and " + o.option() + " name the same file "
                             + o.path() + "; give each its own");
                 }
             }
         }
-    }
-
-    private static boolean same(Path a, Path b) {
-        return a.toAbsolutePath().normalize().equals(b.toAbsolutePath().normalize());
     }
 
     /** Why the file cannot take results, or null when it can. */

@@ -78,10 +78,6 @@ final class RunReport {
         return Math.round(seconds * 1e6) / 1e3;
     }
 
-    boolean drillRan() {
-        return drillService != null && drillSkipped == null;
-    }
-
     int failedSteps() {
         return (int) steps.stream().filter(s -> !s.passed).count();
     }
@@ -142,7 +138,7 @@ final class RunReport {
         int counted = countedChecks();
         String line = (passed ? "PASSED: " : "FAILED: ") + (passed ? steps.size() : failedSteps()) + " of "
                 + count(steps.size(), "step");
-        if (drillRan()) {
+        if (drillService != null && drillSkipped == null) {
             line += ", " + (passed ? counted : counted - passedChecks()) + " of " + count(counted, "drill check");
         }
         line += (passed ? " passed" : " failed")
