@@ -90,7 +90,7 @@ final class CallCommand implements Callable<Integer> {
             return Console.OK;
         }
         if (listed != null) {
-            listOperations(out, Terminal.of(System.getenv(), true), listed);
+            listOperations(out, Terminal.of(System.getenv(), System::getProperty, true), listed);
             return Console.OK;
         }
         device.apply();

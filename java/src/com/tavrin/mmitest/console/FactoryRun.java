@@ -113,7 +113,7 @@ final class FactoryRun implements Callable<Integer> {
         long start = System.nanoTime();
         out = spec.commandLine().getOut();
         err = spec.commandLine().getErr();
-        terminal = Terminal.of(System.getenv(), noColor);
+        terminal = Terminal.of(System.getenv(), System::getProperty, noColor);
         List<Step> steps = FactorySequence.steps();
         List<Integer> chosen = check(steps);
         if (Console.CHECK_ONLY) {

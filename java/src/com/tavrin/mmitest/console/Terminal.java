@@ -24,11 +24,7 @@ record Terminal(int width, boolean colour) {
         }
     }
 
-    /** The terminal of this process: COLUMNS, else mmi.terminal.columns, else 80 columns. */
-    static Terminal of(Map<String, String> env, boolean noColourOption) {
-        return of(env, System::getProperty, noColourOption);
-    }
-
+    /** The terminal from the environment and system properties: COLUMNS, else mmi.terminal.columns, else 80. */
     static Terminal of(Map<String, String> env, UnaryOperator<String> property, boolean noColourOption) {
         int width = positive(env.get("COLUMNS"));
         if (width == 0) {
