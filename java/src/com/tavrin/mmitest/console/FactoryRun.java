@@ -4,6 +4,7 @@ import com.tavrin.mmitest.console.FactorySequence.Step;
 import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
+import java.io.OutputStream;
 import java.io.PrintWriter;
 import java.nio.file.Path;
 import java.util.ArrayList;
@@ -106,6 +107,8 @@ final class FactoryRun implements Callable<Integer> {
 
     private PrintWriter out;
     private PrintWriter err;
+    /** Where the tables and counts go: nowhere under -q, which prints only the failures and the verdict. */
+    private PrintWriter shown;
     private Terminal terminal;
 
     @Override
@@ -113,6 +116,7 @@ final class FactoryRun implements Callable<Integer> {
         long start = System.nanoTime();
         out = spec.commandLine().getOut();
         err = spec.commandLine().getErr();
+        shown = quiet ? new PrintWriter(OutputStream.nullOutputStream()) : out;
         terminal = Terminal.of(System.getenv(), System::getProperty, noColor);
         List<Step> steps = FactorySequence.steps();
         List<Integer> chosen = check(steps);
@@ -131,24 +135,20 @@ final class FactoryRun implements Callable<Integer> {
         report.drillService = noDrill ? null : drillService;
         report.drillFault = drillFault.name();
         report.loadLogs = Natives.startDevice(device, err, "mmi run: ");
-        if (!quiet) {
-            printLoad(report.loadLogs);
-        }
+        printLoad(report.loadLogs);
         sequence(report, steps, chosen);
         if (report.drillService != null) {
             report.drillSkipped = report.stopped ? "stopped by -x"
                     : device.absent.contains(drillService) ? drillService + " is absent" : null;
             if (report.drillSkipped == null) {
                 drill(report);
-            } else if (!quiet) {
-                out.println();
-                out.println("drill: skipped, " + report.drillSkipped);
+            } else {
+                shown.println();
+                shown.println("drill: skipped, " + report.drillSkipped);
             }
         }
         report.seconds = (System.nanoTime() - start) / 1e9;
-        if (!quiet) {
-            out.println();
-        }
+        shown.println();
         for (String[] line : report.summary()) {
             if (line.length == 1) {
                 out.println(line[0]);
@@ -247,17 +247,17 @@ final class FactoryRun implements Callable<Integer> {
     /** One line, unless verbose: how many services the library holds a link to. */
     private void printLoad(List<LogLine> logs) {
         if (verbose) {
-            out.println("Library loaded; it wrote:");
-            logs.forEach(line -> Table.line(out, terminal, true, "  log: " + line));
-            out.println();
+            shown.println("Library loaded; it wrote:");
+            logs.forEach(line -> Table.line(shown, terminal, true, "  log: " + line));
+            shown.println();
             return;
         }
         List<String> missing = DeviceOptions.serviceNames().stream()
                 .filter(s -> !SimulatedDevice.linkedServices().contains(s)).toList();
         int all = DeviceOptions.serviceNames().size();
-        out.println("library loaded: " + (all - missing.size()) + " of " + all + " services connected"
+        shown.println("library loaded: " + (all - missing.size()) + " of " + all + " services connected"
                 + (missing.isEmpty() ? "" : " (" + String.join(", ", missing) + " missing)"));
-        out.println();
+        shown.println();
     }
 
     private void list(List<Step> steps, List<Integer> chosen) {
@@ -275,10 +275,8 @@ final class FactoryRun implements Callable<Integer> {
      * of failed runs.
      */
     private void sequence(RunReport report, List<Step> steps, List<Integer> chosen) {
-        if (!quiet) {
-            out.println("Factory-test sequence");
-        }
-        Table table = !quiet && repeat == 1 ? sequenceTable(steps, chosen) : null;
+        shown.println("Factory-test sequence");
+        Table table = repeat == 1 ? sequenceTable(steps, chosen) : null;
         StepRecord[] records = new StepRecord[chosen.size()];
         for (int round = 1; round <= repeat && !report.stopped; round++) {
             int failed = 0;
@@ -300,9 +298,6 @@ final class FactoryRun implements Callable<Integer> {
             }
         }
         Arrays.stream(records).filter(Objects::nonNull).forEach(report.steps::add);
-        if (quiet) {
-            return;
-        }
         if (table == null) {
             Table rounds = sequenceTable(steps, chosen);
             report.steps.forEach(r -> printStep(rounds, steps.get(r.number - 1), r));
@@ -311,7 +306,7 @@ final class FactoryRun implements Callable<Integer> {
         long methods = report.steps.stream().map(s -> s.method).distinct().count();
         Table.wrap("sequence: " + (report.steps.size() - failed) + " passed, " + failed + " failed of "
                 + RunReport.count(report.steps.size(), "step") + " over " + RunReport.count((int) methods, "method")
-                + (report.stopped ? "; stopped by -x" : ""), terminal.width()).forEach(out::println);
+                + (report.stopped ? "; stopped by -x" : ""), terminal.width()).forEach(shown::println);
     }
 
     private Table sequenceTable(List<Step> steps, List<Integer> chosen) {
@@ -319,7 +314,7 @@ final class FactoryRun implements Callable<Integer> {
         List<String[]> rows = chosen.stream().map(i -> new String[] {"FAIL", String.valueOf(i + 1),
             StepRecord.request(steps.get(i).method(), steps.get(i).args()),
             String.format("%-30s", steps.get(i).expect().shown())}).toList();
-        return new Table(out, terminal, verbose, new String[] {"", "#", "call", "answer"}, rows,
+        return new Table(shown, terminal, verbose, new String[] {"", "#", "call", "answer"}, rows,
                 new int[] {4, 2, 30, 12});
     }
 
@@ -340,21 +335,16 @@ final class FactoryRun implements Callable<Integer> {
 
     private void drill(RunReport report) {
         Drill drill = new Drill(drillService, drillFault, device);
-        if (!quiet) {
-            out.println();
-            out.println("Service-death drill: " + drill.title());
-        }
+        shown.println();
+        shown.println("Service-death drill: " + drill.title());
         drill.run(report, err);
-        if (quiet) {
-            return;
-        }
         String[] header = {"", "service", "request", "while down", drill.revivedByDrill() ? "after revive"
                 : "after restart"};
-        Table table = new Table(out, terminal, verbose, header, report.checks.stream().filter(c -> !c.detail()
+        Table table = new Table(shown, terminal, verbose, header, report.checks.stream().filter(c -> !c.detail()
                 .isEmpty()).map(RunReport.DrillCheck::row).toList(), new int[] {4, 12, 16, 8, 8});
         for (RunReport.DrillCheck c : report.checks) {
             if (c.detail().isEmpty()) {
-                Table.verdictLine(out, terminal, verbose, RunReport.verdict(c.status()), c.message());
+                Table.verdictLine(shown, terminal, verbose, RunReport.verdict(c.status()), c.message());
                 continue;
             }
             table.row(c.row());
@@ -368,13 +358,13 @@ final class FactoryRun implements Callable<Integer> {
             printLogs("while down", report.downLogs);
             printLogs("at the revival", report.reviveLogs);
         }
-        out.println("drill: " + report.passedChecks() + " of " + report.countedChecks() + " checks passed"
+        shown.println("drill: " + report.passedChecks() + " of " + report.countedChecks() + " checks passed"
                 + (report.countedChecks() < report.checks.size()
                         ? ", " + (report.checks.size() - report.countedChecks()) + " not checked" : ""));
     }
 
     private void printLogs(String when, List<LogLine> lines) {
-        out.println("Log " + when + ":");
-        lines.forEach(line -> Table.line(out, terminal, verbose, "  log: " + line));
+        shown.println("Log " + when + ":");
+        lines.forEach(line -> Table.line(shown, terminal, verbose, "  log: " + line));
     }
 }
