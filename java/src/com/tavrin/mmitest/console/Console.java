@@ -188,7 +188,8 @@ public final class Console implements Callable<Integer>, IVersionProvider {
 
     /** The name a misspelt word was likely meant to be: a case-only difference or at most two edits; else null. */
     static String closest(String word, Collection<String> names) {
-        Function<String, Integer> edits = name -> distance(word.toLowerCase(Locale.ROOT), name.toLowerCase(Locale.ROOT));
+        Function<String, Integer> edits = name -> distance(word.toLowerCase(Locale.ROOT),
+                name.toLowerCase(Locale.ROOT));
         return names.stream().min(Comparator.comparing(edits)).filter(name -> edits.apply(name) < 3).orElse(null);
     }
 

@@ -178,7 +178,8 @@ final class DeviceOptions {
      */
     String startNote() {
         return startDelays.isEmpty() ? null : "the library's load waits for the late services to register ("
-                + startDelays.stream().map(d -> d.service() + " after " + d.ms() + " ms").collect(Collectors.joining(", "))
+                + startDelays.stream().map(d -> d.service() + " after " + d.ms() + " ms")
+                        .collect(Collectors.joining(", "))
                 + ")";
     }
 

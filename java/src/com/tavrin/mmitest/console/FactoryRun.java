@@ -56,8 +56,8 @@ final class FactoryRun implements Callable<Integer> {
     @Option(names = {"-x", "--exitfirst"}, description = "Stop at the first failing step; the drill does not run.")
     boolean exitFirst;
 
-    @Option(names = "--drill", paramLabel = "SERVICE", defaultValue = "power", converter = DeviceOptions.ServiceName.class,
-            completionCandidates = DeviceOptions.ServiceName.class,
+    @Option(names = "--drill", paramLabel = "SERVICE", defaultValue = "power",
+            converter = DeviceOptions.ServiceName.class, completionCandidates = DeviceOptions.ServiceName.class,
             description = "The service the drill kills (default: ${DEFAULT-VALUE}).")
     String drillService;
 
@@ -200,7 +200,8 @@ final class FactoryRun implements Callable<Integer> {
         }
         device.check(spec);
         try {
-            OutputFiles.check(List.of(new OutputFiles.Output("--junit", junit), new OutputFiles.Output("--json", json)));
+            OutputFiles.check(List.of(new OutputFiles.Output("--junit", junit),
+                    new OutputFiles.Output("--json", json)));
             return select(steps, stepRanges, keyword);
         } catch (IllegalArgumentException e) {
             throw refusal(e.getMessage());

@@ -23,8 +23,9 @@ final class Natives {
     private Natives() {}
 
     static List<Method> all() {
-        return Arrays.stream(MmiNativeManager.class.getDeclaredMethods()).filter(m -> Modifier.isNative(m.getModifiers()))
-                .sorted(Comparator.comparing(Method::getName)).toList();
+        return Arrays.stream(MmiNativeManager.class.getDeclaredMethods())
+                .filter(m -> Modifier.isNative(m.getModifiers())).sorted(Comparator.comparing(Method::getName))
+                .toList();
     }
 
     static Method find(String name) {

@@ -62,7 +62,8 @@ final class OutputFiles {
         Path folder = absolute.getParent();
         String shownFolder = file.getParent() == null ? "." : file.getParent().toString();
         if (folder == null || !Files.isDirectory(folder)) {
-            return Files.exists(folder) ? shownFolder + " is not a folder" : "folder " + shownFolder + " does not exist";
+            return Files.exists(folder) ? shownFolder + " is not a folder"
+                    : "folder " + shownFolder + " does not exist";
         }
         if (Files.exists(absolute) && !Files.isRegularFile(absolute)) {
             // A device such as /dev/null is written as it is, never replaced.

@@ -204,9 +204,10 @@ final class RunReport {
             .setFieldNamingPolicy(FieldNamingPolicy.LOWER_CASE_WITH_UNDERSCORES).create();
 
     Json json() {
-        DrillJson drill = drillService == null ? null : new DrillJson(drillService, drillFault, drillSkipped, passedChecks(),
-                countedChecks() - passedChecks(), checks.stream().mapToDouble(DrillCheck::durationMs).sum(), checks,
-                Log.of(killLogs), Log.of(downLogs), Log.of(reviveLogs));
+        DrillJson drill = drillService == null ? null : new DrillJson(drillService, drillFault, drillSkipped,
+                passedChecks(), countedChecks() - passedChecks(),
+                checks.stream().mapToDouble(DrillCheck::durationMs).sum(), checks, Log.of(killLogs), Log.of(downLogs),
+                Log.of(reviveLogs));
         return new Json(OutputFiles.MARK, passed(), version, timestamp, started.toString(), Math.round(seconds * 1e3),
                 new Setup(options.stream().map(o -> new Option(o[0], o[1])).toList(), selected, repeat, drillService,
                         drillFault), Log.of(loadLogs),
@@ -241,8 +242,9 @@ final class RunReport {
     }
 
     private static Case stepCase(StepRecord s) {
-        List<String> text = new ArrayList<>(List.of("method: " + s.method, "arguments: " + StepRecord.shownArguments(s.args, " "),
-                "answer: " + s.shown(), "healthy answer: " + s.expected));
+        List<String> text = new ArrayList<>(List.of("method: " + s.method,
+                "arguments: " + StepRecord.shownArguments(s.args, " "), "answer: " + s.shown(),
+                "healthy answer: " + s.expected));
         text.addAll(s.detail());
         return new Case("mmi.sequence", String.format(Locale.ROOT, "%02d %s", s.number, s.method), s.seconds,
                 s.passed ? null : s.thrown != null ? "error" : "failure", s.runsFailed() + s.method + " " + s.why(),
