@@ -71,6 +71,9 @@ build() {  # build PRESET WHAT [TARGET]...
     shift 2
     local bdir="$root/build/$preset" log="${MMI_LOG_DIR:-$root/build}/mmi-build-$preset.log"
     local start=$SECONDS targets=() status
+    # Two more jobs than cores, as ninja runs on larger machines; on two cores it would run three,
+    # and the longest compiles of a first build would not all start at once.
+    local jobs=$(($(nproc 2>/dev/null || echo 2) + 2))
     local announcement="mmi: building $what ($preset build); log: $(shown_path "$log")"
     [ $# -eq 0 ] || targets=(--target "$@")
     writable_folder "$bdir" "build folder"
@@ -79,7 +82,7 @@ build() {  # build PRESET WHAT [TARGET]...
     [ -f "$bdir/build.ninja" ] || { echo "$announcement" >&2; said=1; }
     (
         cd "$root" && { [ -f "$bdir/build.ninja" ] || cmake --preset "$preset"; } &&
-            NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" "${targets[@]}" -- -k 0
+            NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" "${targets[@]}" -- -k 0 -j "$jobs"
     ) 2>&1 | build_progress "$log" "$announcement" $said && status=(0 0) || status=("${PIPESTATUS[@]}")
     if [ "${status[0]}" -ne 0 ]; then
         tail -n 40 "$log" >&2
