@@ -345,7 +345,7 @@ final class FactoryRun implements Callable<Integer> {
                 .isEmpty()).map(RunReport.DrillCheck::row).toList(), new int[] {4, 12, 16, 8, 8});
         for (RunReport.DrillCheck c : report.checks) {
             if (c.detail().isEmpty()) {
-                Table.verdictLine(shown, terminal, verbose, RunReport.verdict(c.status()), c.message());
+                Table.verdictLine(shown, terminal, verbose, c.status().verdict, c.message());
                 continue;
             }
             table.row(c.row());

@@ -25,8 +25,18 @@ import java.util.stream.Stream;
  * mark, so that a later run knows it may replace them.
  */
 final class RunReport {
+    /** A drill check's outcome: its word in the tables and the JUnit element that marks it (none when it passed). */
     enum Status {
-        @SerializedName("ok") OK, @SerializedName("fail") FAIL, @SerializedName("skipped") SKIPPED
+        @SerializedName("ok") OK("PASS", null), @SerializedName("fail") FAIL("FAIL", "failure"),
+        @SerializedName("skipped") SKIPPED("SKIP", "skipped");
+
+        final String verdict;
+        final String junit;
+
+        Status(String verdict, String junit) {
+            this.verdict = verdict;
+            this.junit = junit;
+        }
     }
 
     /**
@@ -40,7 +50,7 @@ final class RunReport {
 
         /** A probe's row of the drill's table: verdict, service, request, answer while down and after. */
         String[] row() {
-            List<String> cells = new ArrayList<>(List.of(verdict(status)));
+            List<String> cells = new ArrayList<>(List.of(status.verdict));
             cells.addAll(List.of(name.split(": ", 2)));
             detail.subList(1, 3).forEach(labelled -> cells.add(labelled.substring(labelled.indexOf(": ") + 2)));
             return cells.toArray(new String[0]);
@@ -92,10 +102,6 @@ final class RunReport {
 
     boolean passed() {
         return failedSteps() == 0 && passedChecks() == countedChecks();
-    }
-
-    static String verdict(Status status) {
-        return status == Status.OK ? "PASS" : status == Status.FAIL ? "FAIL" : "SKIP";
     }
 
     static String count(int n, String noun) {
@@ -256,12 +262,7 @@ final class RunReport {
         killLogs.forEach(line -> text.add("log at the kill: " + line));
         downLogs.forEach(line -> text.add("log while down: " + line));
         reviveLogs.forEach(line -> text.add("log at the revival: " + line));
-        String kind = switch (c.status()) {
-            case OK -> null;
-            case SKIPPED -> "skipped";
-            case FAIL -> "failure";
-        };
-        return new Case("mmi.drill", c.name(), c.durationMs() / 1e3, kind, c.message(), text, List.of());
+        return new Case("mmi.drill", c.name(), c.durationMs() / 1e3, c.status().junit, c.message(), text, List.of());
     }
 
     private String suite(int id, String name, List<Case> cases) {
