@@ -236,12 +236,12 @@ final class FactoryRun implements Callable<Integer> {
     }
 
     /** Every option given that shapes the run, as typed, for the results files. */
-    private List<String[]> setup() {
+    private List<RunReport.Option> setup() {
         List<String> outputOnly = List.of("--junit", "--json", "--verbose", "--quiet", "--no-color", "--list");
         return spec.commandLine().getParseResult().matchedOptions().stream()
                 .filter(o -> !outputOnly.contains(o.longestName()))
                 .flatMap(o -> (o.originalStringValues().isEmpty() ? List.of("true") : o.originalStringValues())
-                        .stream().map(value -> new String[] {o.longestName(), value}))
+                        .stream().map(value -> new RunReport.Option(o.longestName(), value)))
                 .toList();
     }
 

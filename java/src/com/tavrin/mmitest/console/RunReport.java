@@ -61,7 +61,7 @@ final class RunReport {
     final OffsetDateTime started = OffsetDateTime.now().truncatedTo(ChronoUnit.SECONDS);
     final String timestamp = started.toLocalDateTime().format(DateTimeFormatter.ofPattern("yyyy-MM-dd'T'HH:mm:ss"));
     /** The options that shaped the run, as typed: name and value. */
-    final List<String[]> options = new ArrayList<>();
+    final List<Option> options = new ArrayList<>();
     /** The numbers of the steps chosen to run, each run repeat times. */
     final List<Integer> selected = new ArrayList<>();
     int repeat = 1;
@@ -162,13 +162,13 @@ final class RunReport {
     }
 
     /** The run's setup, one name and value each, as JUnit properties carry it. */
-    List<String[]> properties() {
-        List<String[]> p = new ArrayList<>(List.of(new String[] {"version", version},
-                new String[] {"started", started.toString()}));
+    List<Option> properties() {
+        List<Option> p = new ArrayList<>(List.of(new Option("version", version), new Option("started",
+                started.toString())));
         p.addAll(options);
-        p.addAll(List.of(new String[] {"steps", ranges(selected)}, new String[] {"repeat", String.valueOf(repeat)},
-                new String[] {"drill", drillService == null ? "none" : drillService + " " + drillFault
-                        + (drillSkipped == null ? "" : ", skipped: " + drillSkipped)}));
+        p.addAll(List.of(new Option("steps", ranges(selected)), new Option("repeat", String.valueOf(repeat)),
+                new Option("drill", drillService == null ? "none" : drillService + " " + drillFault
+                        + (drillSkipped == null ? "" : ", skipped: " + drillSkipped))));
         return p;
     }
 
@@ -191,6 +191,7 @@ final class RunReport {
 
     record Setup(List<Option> options, List<Integer> steps, int repeat, String drill, String drillFault) {}
 
+    /** A name and a value of the run's setup: an option as typed, or a JUnit property. */
     record Option(String option, String value) {}
 
     record Sequence(int passed, int failed, boolean stoppedAtFirstFailure, List<StepRecord> steps) {}
@@ -215,8 +216,7 @@ final class RunReport {
                 checks.stream().mapToDouble(DrillCheck::durationMs).sum(), checks, Log.of(killLogs), Log.of(downLogs),
                 Log.of(reviveLogs));
         return new Json(OutputFiles.MARK, passed(), version, timestamp, started.toString(), Math.round(seconds * 1e3),
-                new Setup(options.stream().map(o -> new Option(o[0], o[1])).toList(), selected, repeat, drillService,
-                        drillFault), Log.of(loadLogs),
+                new Setup(options, selected, repeat, drillService, drillFault), Log.of(loadLogs),
                 new Sequence(steps.size() - failedSteps(), failedSteps(), stopped, steps), drill);
     }
 
@@ -269,7 +269,8 @@ final class RunReport {
         StringBuilder xml = new StringBuilder("<testsuite id=\"" + id + "\" name=" + attribute(name)
                 + " package=\"mmi\" hostname=\"localhost\" timestamp=\"" + timestamp + "\"" + counts(cases)
                 + ">\n  <properties>");
-        properties().forEach(p -> xml.append("<property name=" + attribute(p[0]) + " value=" + attribute(p[1]) + "/>"));
+        properties().forEach(p -> xml.append("<property name=" + attribute(p.option()) + " value="
+                + attribute(p.value()) + "/>"));
         xml.append("</properties>\n");
         for (Case c : cases) {
             String outcome = c.kind() == null ? "" : "<" + c.kind() + " message=" + attribute(c.message())

@@ -45,8 +45,8 @@ class RunReportTest {
     static void writeBoth() throws Exception {
         RunReport report = new RunReport("1.2-test");
         report.drillService = "power";
-        report.options.add(new String[] {"--answer", "sensors.startSensorSelfTest=5"});
-        report.options.add(new String[] {"--absent", "light"});
+        report.options.add(new RunReport.Option("--answer", "sensors.startSensorSelfTest=5"));
+        report.options.add(new RunReport.Option("--absent", "light"));
         report.selected.addAll(List.of(1, 2, 3, 7));
         report.repeat = 2;
         StepRecord fine = record("getBsnNative", "KX1", true, "D fine");
