@@ -176,21 +176,21 @@ public final class Console implements Callable<Integer>, IVersionProvider {
             if (first.startsWith("-")) {
                 where.getCommandSpec().options().forEach(o -> names.addAll(List.of(o.names())));
             }
-            String guess = closest(first.split("=", 2)[0], names);
-            String hint = guess != null ? " (did you mean " + guess + "?)"
-                    : where.getCommandName().equals("call") && first.startsWith("-")
-                            ? " (an argument that begins with - goes after --: mmi call METHOD -- " + first + ")" : "";
+            String hint = didYouMean(first.split("=", 2)[0], names, where.getCommandName().equals("call")
+                    && first.startsWith("-") ? " (an argument that begins with - goes after --: mmi call METHOD -- "
+                    + first + ")" : "");
             return (where.getParent() == null ? "unknown command " : first.startsWith("-") ? "unknown option "
                     : "unexpected argument ") + first + hint;
         }
         return e.getMessage();
     }
 
-    /** The name a misspelt word was likely meant to be: a case-only difference or at most two edits; else null. */
-    static String closest(String word, Collection<String> names) {
+    /** " (did you mean NAME?)" for the name a misspelt word was meant as (case or 2 edits at most); else otherwise. */
+    static String didYouMean(String word, Collection<String> names, String otherwise) {
         Function<String, Integer> edits = name -> distance(word.toLowerCase(Locale.ROOT),
                 name.toLowerCase(Locale.ROOT));
-        return names.stream().min(Comparator.comparing(edits)).filter(name -> edits.apply(name) < 3).orElse(null);
+        return names.stream().min(Comparator.comparing(edits)).filter(name -> edits.apply(name) < 3)
+                .map(name -> " (did you mean " + name + "?)").orElse(otherwise);
     }
 
     /** Edits (insert, delete, replace a character) that turn a into b. */

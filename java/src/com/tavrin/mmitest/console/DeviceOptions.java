@@ -147,9 +147,8 @@ final class DeviceOptions {
         if (names.isEmpty() || names.contains(name)) {
             return name;
         }
-        String guess = Console.closest(name, names);
-        throw new TypeConversionException("unknown service '" + name + "'" + (guess != null
-                ? " (did you mean " + guess + "?)" : "; the services are " + String.join(", ", names)));
+        throw new TypeConversionException("unknown service '" + name + "'" + Console.didYouMean(name, names,
+                "; the services are " + String.join(", ", names)));
     }
 
     /** A service named on the command line, and what the shell completion offers there. */

@@ -29,11 +29,9 @@ final class Natives {
     }
 
     static Method find(String name) {
-        return all().stream().filter(m -> m.getName().equals(name)).findFirst().orElseThrow(() -> {
-            String guess = Console.closest(name, all().stream().map(Method::getName).toList());
-            return new IllegalArgumentException("no native method " + name + (guess != null ? " (did you mean "
-                    + guess + "?)" : " (./mmi call --help lists them)"));
-        });
+        return all().stream().filter(m -> m.getName().equals(name)).findFirst().orElseThrow(() ->
+                new IllegalArgumentException("no native method " + name + Console.didYouMean(name,
+                        all().stream().map(Method::getName).toList(), " (./mmi call --help lists them)")));
     }
 
     /** Parses one command-line text per parameter of m. */
