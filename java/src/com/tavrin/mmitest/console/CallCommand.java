@@ -74,8 +74,6 @@ final class CallCommand implements Callable<Integer> {
                 method = Natives.find(methodName);
                 arguments = Natives.arguments(method, argTexts);
             }
-        } catch (IllegalArgumentException e) {
-            throw new ParameterException(spec.commandLine(), e.getMessage());
         } catch (TypeConversionException e) {
             throw new ParameterException(spec.commandLine(), "--list-ops: " + e.getMessage());
         }

@@ -199,13 +199,9 @@ final class FactoryRun implements Callable<Integer> {
             }
         }
         device.check(spec);
-        try {
-            OutputFiles.check(List.of(new OutputFiles.Output("--junit", junit),
-                    new OutputFiles.Output("--json", json)));
-            return select(steps, stepRanges, keyword);
-        } catch (IllegalArgumentException e) {
-            throw refusal(e.getMessage());
-        }
+        // These refuse with IllegalArgumentException, which the console refuses the command line for.
+        OutputFiles.check(List.of(new OutputFiles.Output("--junit", junit), new OutputFiles.Output("--json", json)));
+        return select(steps, stepRanges, keyword);
     }
 
     private ParameterException refusal(String message) {
