@@ -115,12 +115,6 @@ final class Values {
 
     /** A model object from a JSON object of field values; fields not named keep their defaults. */
     static Object parseObject(Class<?> type, String text) {
-        Object object;
-        try {
-            object = type.getConstructor().newInstance();
-        } catch (ReflectiveOperationException e) {
-            throw new IllegalArgumentException("cannot make a " + type.getSimpleName() + " from the command line");
-        }
         int end = objectEnd(text);
         if (end > 0 && !text.substring(end).isBlank()) {
             int at = end + (text.length() - end - text.substring(end).stripLeading().length());
@@ -131,15 +125,9 @@ final class Values {
         if (!e.isJsonObject()) {
             throw new IllegalArgumentException("not a JSON object: " + text);
         }
-        for (Map.Entry<String, JsonElement> member : ((JsonObject) e).entrySet()) {
-            Field field = field(type, member.getKey());
-            try {
-                field.set(object, fieldValue(field, member.getValue()));
-            } catch (IllegalAccessException x) {
-                throw new IllegalStateException(x);
-            }
-        }
-        return object;
+        // Gson would drop a name the class lacks and read "1" into an int: each member is checked first.
+        ((JsonObject) e).entrySet().forEach(member -> checkValue(field(type, member.getKey()), member.getValue()));
+        return GSON.fromJson(e, type);
     }
 
     /** A field a command line may set: a public instance field of a model class, an int or a String. */
@@ -151,21 +139,15 @@ final class Values {
     }
 
     /** An int field takes a bare decimal; a String field any scalar, as written, or null. */
-    private static Object fieldValue(Field field, JsonElement value) {
+    private static void checkValue(Field field, JsonElement value) {
         boolean number = value.isJsonPrimitive() && value.getAsJsonPrimitive().isNumber();
-        if (field.getType() == int.class) {
-            if (!number) {
-                throw new IllegalArgumentException(field.getName() + " takes an integer, got " + value);
-            }
-            return parseInt(value.getAsString());
-        }
-        if (value.isJsonNull()) {
-            return null;
-        }
-        if (!value.isJsonPrimitive()) {
+        if (field.getType() == int.class && !number) {
+            throw new IllegalArgumentException(field.getName() + " takes an integer, got " + value);
+        } else if (field.getType() == int.class) {
+            parseInt(value.getAsString());
+        } else if (!value.isJsonPrimitive() && !value.isJsonNull()) {
             throw new IllegalArgumentException(field.getName() + " takes a text, got " + value);
         }
-        return value.getAsString();
     }
 
     /** One JSON value filling the whole text; errors name the position and the text. */
