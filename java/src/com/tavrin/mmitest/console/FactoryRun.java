@@ -244,8 +244,7 @@ final class FactoryRun implements Callable<Integer> {
     /** One line, unless verbose: how many services the library holds a link to. */
     private void printLoad(List<LogLine> logs) {
         if (verbose) {
-            shown.println("Library loaded; it wrote:");
-            logs.forEach(line -> Table.line(shown, terminal, true, "  log: " + line));
+            printLogs("Library loaded; it wrote:", logs);
             shown.println();
             return;
         }
@@ -351,17 +350,16 @@ final class FactoryRun implements Callable<Integer> {
             }
         }
         if (verbose || report.passedChecks() < report.countedChecks()) {
-            printLogs("at the kill", report.killLogs);
-            printLogs("while down", report.downLogs);
-            printLogs("at the revival", report.reviveLogs);
+            printLogs("Log at the kill:", report.killLogs);
+            printLogs("Log while down:", report.downLogs);
+            printLogs("Log at the revival:", report.reviveLogs);
         }
         shown.println("drill: " + report.passedChecks() + " of " + report.countedChecks() + " checks passed"
-                + (report.countedChecks() < report.checks.size()
-                        ? ", " + (report.checks.size() - report.countedChecks()) + " not checked" : ""));
+                + report.notChecked());
     }
 
-    private void printLogs(String when, List<LogLine> lines) {
-        shown.println("Log " + when + ":");
+    private void printLogs(String heading, List<LogLine> lines) {
+        shown.println(heading);
         lines.forEach(line -> Table.line(shown, terminal, verbose, "  log: " + line));
     }
 }

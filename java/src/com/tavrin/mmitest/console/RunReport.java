@@ -100,6 +100,11 @@ final class RunReport {
         return (int) checks.stream().filter(c -> c.status() == Status.OK).count();
     }
 
+    /** ", N not checked" for the drill's probes that failed before the kill; empty when there are none. */
+    String notChecked() {
+        return checks.size() > countedChecks() ? ", " + (checks.size() - countedChecks()) + " not checked" : "";
+    }
+
     boolean passed() {
         return failedSteps() == 0 && passedChecks() == countedChecks();
     }
@@ -147,8 +152,7 @@ final class RunReport {
         if (drillService != null && drillSkipped == null) {
             line += ", " + (passed ? counted : counted - passedChecks()) + " of " + count(counted, "drill check");
         }
-        line += (passed ? " passed" : " failed")
-                + (checks.size() > counted ? ", " + (checks.size() - counted) + " not checked" : "");
+        line += (passed ? " passed" : " failed") + notChecked();
         if (stopped) {
             line += ", stopped by -x";
         } else if (drillService != null && drillSkipped != null) {
