@@ -24,17 +24,11 @@ import java.util.stream.IntStream;
 import com.tavrin.mmitest.sim.Catalogue;
 
 import picocli.CommandLine;
-import picocli.CommandLine.Model.ArgSpec;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.*;
 
-/**
- * The factory-test console: the native library in front of the simulated device.
- *
- * <p>Exit codes: 0 done, 1 the library, a step, the drill or a write failed, 2 a command line the
- * console refuses.
- */
+/** The factory-test console: the native library in front of the simulated device; exit codes as listed below. */
 @Command(name = "mmi", subcommands = {FactoryRun.class, CallCommand.class, HelpCommand.class},
         // The subcommands take the version, -h and -V, the options in their order and the heading of
         // the exit codes from here.
@@ -154,20 +148,15 @@ public final class Console implements Callable<Integer>, IVersionProvider {
 
     /** What was wrong with the command line, naming the argument: one diagnosis each. */
     static String reason(ParameterException e) {
-        if (e.getCause() instanceof TypeConversionException) {
+        if (e.getCause() instanceof TypeConversionException t && e.getArgSpec() instanceof OptionSpec o) {
             // A converter may not know which option it serves: name it unless the message does.
-            String message = e.getCause().getMessage();
-            if (e.getArgSpec() instanceof OptionSpec o) {
-                return message.startsWith(o.longestName()) ? message : o.longestName() + ": " + message;
-            }
-            return message;
+            return t.getMessage().startsWith(o.longestName()) ? t.getMessage() : o.longestName() + ": " + t.getMessage();
+        } else if (e.getCause() instanceof TypeConversionException t) {
+            return t.getMessage();
         }
-        if (e instanceof MissingParameterException m) {
-            for (ArgSpec missing : m.getMissing()) {
-                if (missing instanceof OptionSpec o) {
-                    return o.longestName() + " needs a value";
-                }
-            }
+        // Every parameter but the options' values is optional: what is missing is an option's value.
+        if (e instanceof MissingParameterException m && m.getMissing().get(0) instanceof OptionSpec o) {
+            return o.longestName() + " needs a value";
         }
         if (e instanceof UnmatchedArgumentException u) {
             CommandLine where = e.getCommandLine();
