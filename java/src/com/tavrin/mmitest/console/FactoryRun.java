@@ -133,7 +133,7 @@ final class FactoryRun implements Callable<Integer> {
         report.selected.addAll(chosen.stream().map(i -> i + 1).toList());
         report.repeat = repeat;
         report.drillService = noDrill ? null : drillService;
-        report.drillFault = drillFault.name();
+        report.drillFault = drillFault;
         report.loadLogs = Natives.startDevice(device, err, "mmi run: ");
         printLoad(report.loadLogs);
         sequence(report, steps, chosen);

@@ -69,7 +69,7 @@ final class RunReport {
     boolean stopped;
     /** The service the drill kills and how, null when asked to run no drill; why it did not run when it did not. */
     String drillService;
-    String drillFault = "kill";
+    Drill.Fault drillFault = Drill.Fault.kill;
     String drillSkipped;
     /** From the start of the command to the end of the drill. */
     double seconds;
@@ -193,14 +193,14 @@ final class RunReport {
     record Json(String generator, boolean passed, String version, String timestamp, String started, long durationMs,
             Setup setup, List<Log> loadLogs, Sequence sequence, DrillJson drill) {}
 
-    record Setup(List<Option> options, List<Integer> steps, int repeat, String drill, String drillFault) {}
+    record Setup(List<Option> options, List<Integer> steps, int repeat, String drill, Drill.Fault drillFault) {}
 
     /** A name and a value of the run's setup: an option as typed, or a JUnit property. */
     record Option(String option, String value) {}
 
     record Sequence(int passed, int failed, boolean stoppedAtFirstFailure, List<StepRecord> steps) {}
 
-    record DrillJson(String service, String fault, String skipped, int passed, int failed, double durationMs,
+    record DrillJson(String service, Drill.Fault fault, String skipped, int passed, int failed, double durationMs,
             List<DrillCheck> checks, List<Log> killLogs, List<Log> downLogs, List<Log> reviveLogs) {}
 
     /** A log line as its priority letter and its text, the tag in front. */
