@@ -11,7 +11,6 @@ import com.tavrin.mmitest.sim.Catalogue;
 import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
-import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.*;
 
