@@ -90,14 +90,13 @@ final class CallCommand implements Callable<Integer> {
             listOperations(out, Terminal.of(System.getenv(), System::getProperty, true), listed);
             return Console.OK;
         }
-        device.apply();
         List<LogLine> loadLogs = Natives.startDevice(device, err, "mmi call: ");
         StepRecord r = StepRecord.invoke(method, arguments);
         if (r.thrown != null) {
             throw new Console.Failure(method.getName() + " threw " + r.thrown);
         }
         // The load's lines belong to the call's story when the load waited for a late service.
-        List<LogLine> logs = new ArrayList<>(device.startNote() != null ? loadLogs : List.of());
+        List<LogLine> logs = new ArrayList<>(!device.startDelays.isEmpty() ? loadLogs : List.of());
         logs.addAll(r.logs);
         r.logs = logs;
         if (!json) {

@@ -127,7 +127,6 @@ final class FactoryRun implements Callable<Integer> {
             list(steps, chosen);
             return Console.OK;
         }
-        device.apply();
         RunReport report = new RunReport(Console.version());
         report.options.addAll(setup());
         report.selected.addAll(chosen.stream().map(i -> i + 1).toList());

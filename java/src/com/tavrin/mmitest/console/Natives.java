@@ -64,11 +64,12 @@ final class Natives {
     }
 
     /**
-     * Starts the simulated device as set up so far and loads the library in front of it, saying
-     * first what the load waits for when a service starts late. Returns the log lines loading
-     * wrote; the calls it made are dropped, as no request made them.
+     * Sets the simulated device up as the options say, starts it and loads the library in front of
+     * it, saying first what the load waits for when a service starts late. Returns the log lines
+     * loading wrote; the calls it made are dropped, as no request made them.
      */
     static List<LogLine> startDevice(DeviceOptions device, PrintWriter err, String prefix) {
+        device.apply();
         if (device.startNote() != null) {
             err.println(prefix + device.startNote());
         }
