@@ -41,10 +41,15 @@ function(hidl_gen_package fqname root_dir)
   set(headers)
   set(sources)
   set(slot ${HIDL_GEN_PACKAGE_INDEX})  # the bundle of the package's next file
+  set(inline_values)
   foreach(hal ${hal_files})
     get_filename_component(name ${hal} NAME_WE)
     if(name STREQUAL "types")
       list(APPEND headers ${HIDL_GEN_INCLUDE_DIR}/${out_dir}/types.h ${HIDL_GEN_INCLUDE_DIR}/${out_dir}/hwtypes.h)
+      # Debian's hidl-gen writes an enumeration's value table without the `inline` that later
+      # generators add; clang then gives every unit that includes it its own strong definition.
+      set(inline_values COMMAND sed -i "s/^template<> constexpr /template<> inline constexpr /"
+        ${HIDL_GEN_INCLUDE_DIR}/${out_dir}/types.h)
       set(source ${HIDL_GEN_SOURCE_DIR}/${out_dir}/types.cpp)
     else()
       string(REGEX REPLACE "^I" "" base ${name})
@@ -71,6 +76,7 @@ function(hidl_gen_package fqname root_dir)
   add_custom_command(
     OUTPUT ${headers} ${sources}
     COMMAND ${HIDL_GEN} ${HIDL_GEN_ROOTS} -o ${HIDL_GEN_INCLUDE_DIR} -Lc++-headers ${fqname}
+    ${inline_values}
     COMMAND ${HIDL_GEN} ${HIDL_GEN_ROOTS} -o ${HIDL_GEN_SOURCE_DIR} -Lc++-sources ${fqname}
     DEPENDS ${HIDL_GEN_HAL_FILES}
     COMMENT "hidl-gen ${fqname}"
