@@ -66,11 +66,13 @@ writable_folder() {  # writable_folder FOLDER WHAT
 
 # Builds TARGETs (everything when none) of PRESET, which WHAT describes, configuring it first when
 # it has no build folder yet. Says nothing when they are up to date; exits 1 when the build fails.
+# When build_first is set (targets separated by blanks), those are built first, on their own.
 build() {  # build PRESET WHAT [TARGET]...
     local preset="$1" what="$2"
     shift 2
     local bdir="$root/build/$preset" log="${MMI_LOG_DIR:-$root/build}/mmi-build-$preset.log"
-    local start=$SECONDS targets=() status
+    local start=$SECONDS targets=() first=() status
+    read -ra first <<<"${build_first:-}"
     # Two more jobs than cores, as ninja runs on larger machines; on two cores it would run three,
     # and the longest compiles of a first build would not all start at once.
     local jobs=$(($(nproc 2>/dev/null || echo 2) + 2))
@@ -82,6 +84,8 @@ build() {  # build PRESET WHAT [TARGET]...
     [ -f "$bdir/build.ninja" ] || { echo "$announcement" >&2; said=1; }
     (
         cd "$root" && { [ -f "$bdir/build.ninja" ] || cmake --preset "$preset"; } &&
+            { [ ${#first[@]} -eq 0 ] ||
+                NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" --target "${first[@]}" -- -k 0 -j "$jobs"; } &&
             NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" "${targets[@]}" -- -k 0 -j "$jobs"
     ) 2>&1 | build_progress "$log" "$announcement" $said && status=(0 0) || status=("${PIPESTATUS[@]}")
     if [ "${status[0]}" -ne 0 ]; then
