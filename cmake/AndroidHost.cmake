@@ -56,15 +56,11 @@ endif()
 function(kxmmi_stand_in)
   foreach(target ${ARGN})
     target_compile_options(${target} PRIVATE -fno-exceptions $<$<CONFIG:Release>:-O0>)
-    if(NOT KXMMI_STAND_IN_PCH)
-    elseif(target STREQUAL "stand_in_headers")
+    if(KXMMI_STAND_IN_PCH)
       target_compile_options(${target} PRIVATE -Wno-deprecated-declarations)
-      target_precompile_headers(${target} PRIVATE <hidl/HidlSupport.h> <hidl/HidlTransportSupport.h>
-        <hidl/Status.h> <hidl/Static.h> <android/hidl/base/1.0/IBase.h> <functional> <map> <mutex>
-        <sstream>)
-    else()
-      target_compile_options(${target} PRIVATE -Wno-deprecated-declarations)
-      target_precompile_headers(${target} REUSE_FROM stand_in_headers)
+      if(NOT target STREQUAL "stand_in_headers")
+        target_precompile_headers(${target} REUSE_FROM stand_in_headers)
+      endif()
     endif()
   endforeach()
 endfunction()
@@ -74,3 +70,8 @@ add_library(stand_in_headers OBJECT EXCLUDE_FROM_ALL
 target_include_directories(stand_in_headers PRIVATE ${KXMMI_SOURCE_ROOT}/platform/include)
 target_link_libraries(stand_in_headers PRIVATE hidl_gen_interface android_utils android_log android_cutils)
 kxmmi_stand_in(stand_in_headers)
+if(KXMMI_STAND_IN_PCH)
+  target_precompile_headers(stand_in_headers PRIVATE <hidl/HidlSupport.h>
+    <hidl/HidlTransportSupport.h> <hidl/Status.h> <hidl/Static.h> <android/hidl/base/1.0/IBase.h>
+    <functional> <map> <mutex> <sstream>)
+endif()
