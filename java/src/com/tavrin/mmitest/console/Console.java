@@ -14,10 +14,6 @@ import java.util.Comparator;
 import java.util.List;
 import java.util.Locale;
 import java.util.concurrent.Callable;
-import java.util.concurrent.ExecutionException;
-import java.util.concurrent.FutureTask;
-import java.util.concurrent.TimeUnit;
-import java.util.concurrent.TimeoutException;
 import java.util.function.Function;
 import java.util.stream.IntStream;
 
@@ -196,31 +192,6 @@ public final class Console implements Callable<Integer>, IVersionProvider {
             }
         }
         return row[b.length()];
-    }
-
-    /**
-     * Does work that may wait on another thread and returns what it returns; a wait longer than
-     * two seconds says every five how long it has waited, so that no wait is silent.
-     */
-    static <T> T await(PrintWriter err, String prefix, String what, long expectedMs, Callable<T> work) {
-        FutureTask<T> done = new FutureTask<>(work);
-        Thread worker = new Thread(done, "mmi " + what);
-        worker.setDaemon(true);
-        worker.start();
-        long start = System.nanoTime();
-        for (long next = 2000; ; next += 5000) {
-            try {
-                return done.get(Math.max(1, next - (System.nanoTime() - start) / 1_000_000), TimeUnit.MILLISECONDS);
-            } catch (TimeoutException e) {
-                err.println(prefix + "still waiting for " + what + " (" + (System.nanoTime() - start) / 1_000_000_000
-                        + " s" + (expectedMs > 0 ? " of about " + (expectedMs + 999) / 1000 + " s" : "") + ")");
-            } catch (InterruptedException e) {
-                Thread.currentThread().interrupt();
-                throw new Failure("interrupted while waiting for " + what);
-            } catch (ExecutionException e) {
-                throw e.getCause() instanceof RuntimeException r ? r : new Failure(e.getCause().toString());
-            }
-        }
     }
 
     /** SERVICE and ANSWER, for run and call, as the device names them when its library is there to ask. */
