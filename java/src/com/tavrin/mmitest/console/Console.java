@@ -61,9 +61,11 @@ public final class Console implements Callable<Integer>, IVersionProvider {
         Sink err = new Sink(FileDescriptor.err);
         CommandLine line = commandLine(out, err);
         int code = line.execute(args);
-        // A result that never reached its reader is no result: coreutils' rule for stdout.
+        // A result that never reached its reader is no result: coreutils' rule for stdout. A reader
+        // that stopped early (| head -1) has what it wanted, so that one goes unsaid, as it does
+        // for a writer the pipe's signal ends.
         boolean lost = line.getOut().checkError();
-        if (lost) {
+        if (lost && !"broken pipe".equals(out.failure)) {
             line.getErr().println("mmi: cannot write standard output: " + out.failure);
         }
         System.exit(code == OK && (lost || line.getErr().checkError()) ? FAILED : code);
