@@ -4,7 +4,6 @@ import com.tavrin.mmitest.sim.Catalogue;
 import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
-import java.io.PrintWriter;
 import java.util.ArrayList;
 import java.util.HashSet;
 import java.util.Set;
@@ -140,9 +139,8 @@ final class DeviceOptions {
         SimulatedDevice.setRestartDelay(restartDelay);
         programAnswers();
         if (!startDelays.isEmpty()) {
-            err().println(prefix() + "the library's load waits for the late services to register ("
-                    + startDelays.stream().map(d -> d.service() + " after " + d.ms() + " ms")
-                            .collect(Collectors.joining(", ")) + ")");
+            say("the library's load waits for the late services to register (" + startDelays.stream()
+                    .map(d -> d.service() + " after " + d.ms() + " ms").collect(Collectors.joining(", ")) + ")");
         }
         long longest = startDelays.stream().mapToLong(StartDelay::ms).max().orElse(0);
         return await("the late services to register", longest, () -> {
@@ -197,7 +195,7 @@ final class DeviceOptions {
     /** Waits for a crashed service to restart, saying so first when that takes longer than a moment. */
     <T> T awaitRestart(String what, long ms, Callable<T> work) {
         if (ms > 2000) {
-            err().println(prefix() + "waiting for " + what + " (--restart-delay " + restartDelay + " ms)");
+            say("waiting for " + what + " (--restart-delay " + restartDelay + " ms)");
         }
         return await(what, ms, work);
     }
@@ -216,9 +214,8 @@ final class DeviceOptions {
             try {
                 return done.get(Math.max(1, next - (System.nanoTime() - start) / 1_000_000), TimeUnit.MILLISECONDS);
             } catch (TimeoutException e) {
-                err().println(prefix() + "still waiting for " + what + " (" + (System.nanoTime() - start)
-                        / 1_000_000_000 + " s" + (expectedMs > 0 ? " of about " + (expectedMs + 999) / 1000 + " s" : "")
-                        + ")");
+                say("still waiting for " + what + " (" + (System.nanoTime() - start) / 1_000_000_000 + " s"
+                        + (expectedMs > 0 ? " of about " + (expectedMs + 999) / 1000 + " s" : "") + ")");
             } catch (InterruptedException e) {
                 Thread.currentThread().interrupt();
                 throw new Console.Failure("interrupted while waiting for " + what);
@@ -228,12 +225,9 @@ final class DeviceOptions {
         }
     }
 
-    private PrintWriter err() {
-        return command.commandLine().getErr();
-    }
-
-    private String prefix() {
-        return Console.prefix(command.commandLine());
+    /** A line on stderr in the command's name. */
+    private void say(String message) {
+        command.commandLine().getErr().println(Console.prefix(command.commandLine()) + message);
     }
 
     /** The longest a delay may be: longer ones would look like a hang. */
