@@ -4,8 +4,8 @@ import com.tavrin.mmitest.console.FactorySequence.Step;
 import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
-import java.io.OutputStream;
 import java.io.PrintWriter;
+import java.io.Writer;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.Arrays;
@@ -88,19 +88,19 @@ final class FactoryRun implements Callable<Integer> {
         }
     }
 
-    private PrintWriter out;
     private PrintWriter err;
+    /** Standard output: the list, the failures and the verdict, whatever -q says. */
+    private Table.Screen out;
     /** Where the tables and counts go: nowhere under -q, which prints only the failures and the verdict. */
-    private PrintWriter shown;
-    private Terminal terminal;
+    private Table.Screen shown;
 
     @Override
     public Integer call() {
         long start = System.nanoTime();
-        out = spec.commandLine().getOut();
         err = spec.commandLine().getErr();
-        shown = quiet ? new PrintWriter(OutputStream.nullOutputStream()) : out;
-        terminal = Terminal.of(System.getenv(), System::getProperty, noColor);
+        out = new Table.Screen(spec.commandLine().getOut(), Terminal.of(System.getenv(), System::getProperty, noColor),
+                verbose);
+        shown = quiet ? new Table.Screen(Writer.nullWriter(), out.terminal, verbose) : out;
         List<Step> steps = FactorySequence.steps();
         List<Integer> chosen = check(steps);
         if (Console.CHECK_ONLY) {
@@ -135,12 +135,12 @@ final class FactoryRun implements Callable<Integer> {
             if (line.length == 1) {
                 out.println(line[0]);
             } else {
-                Table.verdictLine(out, terminal, verbose, line[0], line[1]);
+                out.verdictLine(line[0], line[1]);
             }
         }
         boolean written = write("JUnit XML", junit, report::writeJunit) & write("JSON", json, report::writeJson);
         // The verdict is the last line, whole however narrow the terminal: scripts read it with tail -1.
-        out.println(terminal.paint(report.passed() ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED,
+        out.println(out.terminal.paint(report.passed() ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED,
                 report.verdictLine()));
         return report.passed() && written ? Console.OK : Console.FAILED;
     }
@@ -242,8 +242,8 @@ final class FactoryRun implements Callable<Integer> {
         List<String[]> rows = chosen.stream().map(i -> new String[] {String.valueOf(i + 1), steps.get(i).method(),
             StepRecord.shownArguments(steps.get(i).args(), " "), steps.get(i).expect().shown()}).toList();
         // The method's name is what -k and --step are chosen by: it is never cut.
-        Table table = new Table(out, terminal, verbose, new String[] {"#", "method", "arguments", "healthy answer"},
-                rows, new int[] {2, Integer.MAX_VALUE, 10, 10});
+        Table table = new Table(out, new String[] {"#", "method", "arguments", "healthy answer"}, rows,
+                new int[] {2, Integer.MAX_VALUE, 10, 10});
         rows.forEach(table::row);
     }
 
@@ -284,7 +284,7 @@ final class FactoryRun implements Callable<Integer> {
         long methods = report.steps.stream().map(s -> s.method).distinct().count();
         Table.wrap("sequence: " + (report.steps.size() - failed) + " passed, " + failed + " failed of "
                 + RunReport.count(report.steps.size(), "step") + " over " + RunReport.count((int) methods, "method")
-                + (report.stopped ? "; stopped by -x" : ""), terminal.width()).forEach(shown::println);
+                + (report.stopped ? "; stopped by -x" : ""), out.terminal.width()).forEach(shown::println);
     }
 
     private Table sequenceTable(List<Step> steps, List<Integer> chosen) {
@@ -292,8 +292,7 @@ final class FactoryRun implements Callable<Integer> {
         List<String[]> rows = chosen.stream().map(i -> new String[] {"FAIL", String.valueOf(i + 1),
             StepRecord.request(steps.get(i).method(), steps.get(i).args()),
             String.format("%-30s", steps.get(i).expect().shown())}).toList();
-        return new Table(shown, terminal, verbose, new String[] {"", "#", "call", "answer"}, rows,
-                new int[] {4, 2, 30, 12});
+        return new Table(shown, new String[] {"", "#", "call", "answer"}, rows, new int[] {4, 2, 30, 12});
     }
 
     private void printStep(Table table, Step step, StepRecord r) {
@@ -318,11 +317,11 @@ final class FactoryRun implements Callable<Integer> {
         drill.run(report);
         String[] header = {"", "service", "request", "while down", drill.revivedByDrill() ? "after revive"
                 : "after restart"};
-        Table table = new Table(shown, terminal, verbose, header, report.checks.stream().filter(c -> !c.detail()
-                .isEmpty()).map(RunReport.DrillCheck::row).toList(), new int[] {4, 12, 16, 8, 8});
+        Table table = new Table(shown, header, report.checks.stream().filter(c -> !c.detail().isEmpty())
+                .map(RunReport.DrillCheck::row).toList(), new int[] {4, 12, 16, 8, 8});
         for (RunReport.DrillCheck c : report.checks) {
             if (c.detail().isEmpty()) {
-                Table.verdictLine(shown, terminal, verbose, c.status().verdict, c.message());
+                shown.verdictLine(c.status().verdict, c.message());
                 continue;
             }
             table.row(c.row());
@@ -342,6 +341,6 @@ final class FactoryRun implements Callable<Integer> {
 
     private void printLogs(String heading, List<LogLine> lines) {
         shown.println(heading);
-        lines.forEach(line -> Table.line(shown, terminal, verbose, "  log: " + line));
+        lines.forEach(line -> shown.line("  log: " + line));
     }
 }

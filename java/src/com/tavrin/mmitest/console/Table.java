@@ -1,6 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import java.io.PrintWriter;
+import java.io.Writer;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
@@ -20,23 +21,58 @@ final class Table {
     /** Where the lines under a row start: past the verdict. */
     static final String NOTE_INDENT = "        ";
 
-    private final PrintWriter out;
-    private final Terminal terminal;
-    private final boolean full;
+    /** Where tables and lines go, with the terminal's width and colour and whether cells are cut (not verbose). */
+    static final class Screen extends PrintWriter {
+        final Terminal terminal;
+        final boolean full;
+
+        Screen(Writer out, Terminal terminal, boolean full) {
+            super(out, true);
+            this.terminal = terminal;
+            this.full = full;
+        }
+
+        /** The text with its control characters escaped, cut to width unless full. */
+        String cut(String text, int width) {
+            String shown = Terminal.printable(text);
+            return full ? shown : Terminal.fit(shown, width);
+        }
+
+        /** A line of its own. */
+        void line(String text) {
+            println(cut(text, terminal.width()));
+        }
+
+        /** A verdict and a text on a line of their own, in the table's layout. */
+        void verdictLine(String verdict, String text) {
+            println(INDENT + paint(verdict) + GAP
+                    + cut(text, terminal.width() - INDENT.length() - verdict.length() - GAP.length()));
+        }
+
+        /** A verdict (PASS, FAIL or SKIP) in its colour; any other text as it is. */
+        String paint(String verdict) {
+            return switch (verdict) {
+                case "PASS" -> terminal.paint(Terminal.Colour.GREEN, verdict);
+                case "FAIL" -> terminal.paint(Terminal.Colour.RED, verdict);
+                case "SKIP" -> terminal.paint(Terminal.Colour.YELLOW, verdict);
+                default -> verdict;
+            };
+        }
+    }
+
+    private final Screen out;
     private final int[] widths;
 
     /**
      * Prints the header of a table whose columns want the width of their widest cell, the header's
      * included, and shrink no further than minimum.
      */
-    Table(PrintWriter out, Terminal terminal, boolean full, String[] header, List<String[]> rows, int[] minimum) {
+    Table(Screen out, String[] header, List<String[]> rows, int[] minimum) {
         this.out = out;
-        this.terminal = terminal;
-        this.full = full;
         List<String[]> all = Stream.concat(Stream.<String[]>of(header), rows.stream()).toList();
         int[] wanted = IntStream.range(0, header.length)
                 .map(c -> all.stream().mapToInt(row -> Terminal.columns(row[c])).max().orElse(0)).toArray();
-        int available = terminal.width() - INDENT.length() - GAP.length() * (header.length - 1);
+        int available = out.terminal.width() - INDENT.length() - GAP.length() * (header.length - 1);
         // Verbose rows keep the layout but cut no cell: one wider than its column runs on, and the
         // columns after it give up their alignment rather than pad every row to the widest cell.
         widths = fit(wanted, minimum, available);
@@ -63,28 +99,12 @@ final class Table {
     void row(String... cells) {
         StringBuilder line = new StringBuilder(INDENT);
         for (int c = 0; c < cells.length; c++) {
-            String cell = full ? Terminal.printable(cells[c]) : Terminal.fit(Terminal.printable(cells[c]), widths[c]);
+            String cell = out.cut(cells[c], widths[c]);
             boolean last = c + 1 == cells.length;
             String padding = last ? "" : " ".repeat(Math.max(0, widths[c] - Terminal.columns(cell))) + GAP;
-            line.append(c == 0 ? paint(terminal, cell) : cell).append(padding);
+            line.append(c == 0 ? out.paint(cell) : cell).append(padding);
         }
         out.println(line.toString().replaceFirst(" +$", ""));
-    }
-
-    /** A verdict and a text on a line of their own, in the table's layout. */
-    static void verdictLine(PrintWriter out, Terminal terminal, boolean full, String verdict, String text) {
-        String shown = Terminal.printable(text);
-        int room = terminal.width() - INDENT.length() - verdict.length() - GAP.length();
-        out.println(INDENT + paint(terminal, verdict) + GAP + (full ? shown : Terminal.fit(shown, room)));
-    }
-
-    private static String paint(Terminal terminal, String verdict) {
-        return switch (verdict) {
-            case "PASS" -> terminal.paint(Terminal.Colour.GREEN, verdict);
-            case "FAIL" -> terminal.paint(Terminal.Colour.RED, verdict);
-            case "SKIP" -> terminal.paint(Terminal.Colour.YELLOW, verdict);
-            default -> verdict;
-        };
     }
 
     /**
@@ -112,12 +132,6 @@ final class Table {
 
     /** A line under the last row. */
     void note(String text) {
-        line(out, terminal, full, NOTE_INDENT + text);
-    }
-
-    /** A line of its own, cut to the terminal's width unless full. */
-    static void line(PrintWriter out, Terminal terminal, boolean full, String text) {
-        String shown = Terminal.printable(text);
-        out.println(full ? shown : Terminal.fit(shown, terminal.width()));
+        out.line(NOTE_INDENT + text);
     }
 }

@@ -4,7 +4,6 @@ import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
-import java.io.PrintWriter;
 import java.io.StringWriter;
 import java.util.Arrays;
 import java.util.HashMap;
@@ -77,7 +76,7 @@ class TerminalTest {
     @Test
     void rowsFitTheWidthAndStartWithTheVerdict() {
         StringWriter text = new StringWriter();
-        Table table = new Table(new PrintWriter(text), new Terminal(40, false), false, new String[] {"", "#", "call"},
+        Table table = new Table(new Table.Screen(text, new Terminal(40, false), false), new String[] {"", "#", "call"},
                 List.<String[]>of(new String[] {"PASS", "77", "x".repeat(60)}), new int[] {4, 2, 10});
         table.row("FAIL", "7", "x".repeat(60));
         table.note("log: " + "y".repeat(60));
