@@ -146,11 +146,10 @@ public final class Console implements Callable<Integer>, IVersionProvider {
 
     /** What was wrong with the command line, naming the argument: one diagnosis each. */
     static String reason(ParameterException e) {
-        if (e.getCause() instanceof TypeConversionException t && e.getArgSpec() instanceof OptionSpec o) {
+        if (e.getCause() instanceof TypeConversionException t) {
             // A converter may not know which option it serves: name it unless the message does.
-            return t.getMessage().startsWith(o.longestName()) ? t.getMessage() : o.longestName() + ": " + t.getMessage();
-        } else if (e.getCause() instanceof TypeConversionException t) {
-            return t.getMessage();
+            String option = e.getArgSpec() instanceof OptionSpec o ? o.longestName() : "";
+            return t.getMessage().startsWith(option) ? t.getMessage() : option + ": " + t.getMessage();
         }
         // Every parameter but the options' values is optional: what is missing is an option's value.
         if (e instanceof MissingParameterException m && m.getMissing().get(0) instanceof OptionSpec o) {
