@@ -81,7 +81,8 @@ final class CallCommand implements Callable<Integer> {
             return Console.OK;
         }
         if (listed != null) {
-            listOperations(out, Terminal.of(System.getenv(), System::getProperty, true), listed);
+            listOperations(new Table.Screen(out, Terminal.of(System.getenv(), System::getProperty, true), false),
+                    listed);
             return Console.OK;
         }
         List<LogLine> loadLogs = device.start();
@@ -121,16 +122,15 @@ final class CallCommand implements Callable<Integer> {
     }
 
     /** One row per operation: service, operation, what it answers and the answer keywords it takes. */
-    static void listOperations(PrintWriter out, Terminal terminal, List<String> services) {
+    static void listOperations(Table.Screen out, List<String> services) {
         // Each operation on a line of its own and its keywords under it, so nothing is cut at any
         // width; a line still too wide goes on on the next.
         Catalogue catalogue = SimulatedDevice.catalogue();
         for (String name : services) {
             for (Catalogue.Operation op : catalogue.service(name).orElseThrow().operations()) {
-                Table.wrap(Table.INDENT + name + "." + op.name() + "  " + op.shape(), terminal.width())
-                        .forEach(out::println);
-                Table.wrap(Table.INDENT + "  keywords: " + String.join(", ", catalogue.keywordsFor(op).stream()
-                        .map(Catalogue.Keyword::word).toList()), terminal.width()).forEach(out::println);
+                out.wrap(Table.INDENT + name + "." + op.name() + "  " + op.shape());
+                out.wrap(Table.INDENT + "  keywords: " + String.join(", ", catalogue.keywordsFor(op).stream()
+                        .map(Catalogue.Keyword::word).toList()));
             }
         }
     }

@@ -282,9 +282,9 @@ final class FactoryRun implements Callable<Integer> {
         }
         int failed = report.failedSteps();
         long methods = report.steps.stream().map(s -> s.method).distinct().count();
-        Table.wrap("sequence: " + (report.steps.size() - failed) + " passed, " + failed + " failed of "
+        shown.wrap("sequence: " + (report.steps.size() - failed) + " passed, " + failed + " failed of "
                 + RunReport.count(report.steps.size(), "step") + " over " + RunReport.count((int) methods, "method")
-                + (report.stopped ? "; stopped by -x" : ""), out.terminal.width()).forEach(shown::println);
+                + (report.stopped ? "; stopped by -x" : ""));
     }
 
     private Table sequenceTable(List<Step> steps, List<Integer> chosen) {

@@ -2,7 +2,6 @@ package com.tavrin.mmitest.console;
 
 import java.io.PrintWriter;
 import java.io.Writer;
-import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
 import java.util.OptionalInt;
@@ -58,6 +57,27 @@ final class Table {
                 default -> verdict;
             };
         }
+
+        /**
+         * A summary line broken at spaces into lines of at most the terminal's width, the later ones
+         * indented; a word longer than the width stays whole.
+         */
+        void wrap(String text) {
+            String rest = text;
+            while (Terminal.columns(rest) > terminal.width()) {
+                int cut = rest.lastIndexOf(' ', Math.min(rest.length(), terminal.width()));
+                if (cut <= INDENT.length()) {
+                    // A word wider than the line: it stays whole, and the break comes after it.
+                    cut = rest.indexOf(' ', INDENT.length());
+                    if (cut < 0) {
+                        break;
+                    }
+                }
+                println(rest.substring(0, cut).replaceFirst(" +$", ""));
+                rest = INDENT + rest.substring(cut + 1).stripLeading();
+            }
+            println(rest);
+        }
     }
 
     private final Screen out;
@@ -105,29 +125,6 @@ final class Table {
             line.append(c == 0 ? out.paint(cell) : cell).append(padding);
         }
         out.println(line.toString().replaceFirst(" +$", ""));
-    }
-
-    /**
-     * A summary line broken at spaces into lines of at most width columns, the later ones indented;
-     * a word longer than the width stays whole.
-     */
-    static List<String> wrap(String text, int width) {
-        List<String> lines = new ArrayList<>();
-        String rest = text;
-        while (Terminal.columns(rest) > width) {
-            int cut = rest.lastIndexOf(' ', Math.min(rest.length(), width));
-            if (cut <= INDENT.length()) {
-                // A word wider than the line: it stays whole, and the break comes after it.
-                cut = rest.indexOf(' ', INDENT.length());
-                if (cut < 0) {
-                    break;
-                }
-            }
-            lines.add(rest.substring(0, cut).replaceFirst(" +$", ""));
-            rest = INDENT + rest.substring(cut + 1).stripLeading();
-        }
-        lines.add(rest);
-        return lines;
     }
 
     /** A line under the last row. */
