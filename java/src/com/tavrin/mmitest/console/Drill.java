@@ -154,14 +154,14 @@ final class Drill {
             StepRecord a = p.after().get(i);
             String reached = services.get(i);
             downCalls += d.calls.size();
-            if (b.passed) {
+            if (b.passed()) {
                 killedHealthy += reached.equals(service) ? 1 : 0;
                 othersHealthy += reached.equals(service) ? 0 : 1;
             }
             boolean released = d.thrown == null && probe.isFailureValue(d.result);
-            boolean restored = a.passed && b.shown().equals(a.shown());
-            Status status = !b.passed ? Status.SKIPPED : released && restored ? Status.OK : Status.FAIL;
-            String why = !b.passed ? "failing before the kill" : !released ? "answered while down"
+            boolean restored = a.passed() && b.shown().equals(a.shown());
+            Status status = !b.passed() ? Status.SKIPPED : released && restored ? Status.OK : Status.FAIL;
+            String why = !b.passed() ? "failing before the kill" : !released ? "answered while down"
                     : !restored ? "not restored" : "ok";
             checks.add(new DrillCheck(reached + ": " + b.request(), status, why,
                     List.of("before: " + b.shown(), "while down: " + d.shown(), "after revive: " + a.shown()),

@@ -267,8 +267,8 @@ final class FactoryRun implements Callable<Integer> {
                 if (table != null) {
                     printStep(table, step, r);
                 }
-                failed += r.passed ? 0 : 1;
-                report.stopped = !r.passed && exitFirst;
+                failed += r.passed() ? 0 : 1;
+                report.stopped = !r.passed() && exitFirst;
             }
             if (repeat > 1) {
                 err.println("mmi run: round " + round + " of " + repeat + ": " + failed + " of "
@@ -296,8 +296,8 @@ final class FactoryRun implements Callable<Integer> {
     }
 
     private void printStep(Table table, Step step, StepRecord r) {
-        table.row(r.passed ? "PASS" : "FAIL", String.valueOf(r.number), r.request(), r.shown());
-        if (!r.passed) {
+        table.row(r.passed() ? "PASS" : "FAIL", String.valueOf(r.number), r.request(), r.shown());
+        if (!r.passed()) {
             table.note("healthy answer: " + r.expected + (r.runs > 1 ? "; " + r.failedRuns + " of " + r.runs
                     + " runs failed" : ""));
         }
@@ -305,7 +305,7 @@ final class FactoryRun implements Callable<Integer> {
             r.calls.forEach(call -> table.note("service received: " + call));
         }
         r.fields.forEach((name, value) -> table.note("MmiNativeManager." + name + " = " + Values.format(value)));
-        if (!r.passed || verbose) {
+        if (!r.passed() || verbose) {
             r.logs.forEach(line -> table.note("log: " + line));
         }
     }

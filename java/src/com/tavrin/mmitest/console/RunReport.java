@@ -89,7 +89,7 @@ final class RunReport {
     }
 
     int failedSteps() {
-        return (int) steps.stream().filter(s -> !s.passed).count();
+        return (int) steps.stream().filter(s -> !s.passed()).count();
     }
 
     int countedChecks() {
@@ -120,7 +120,7 @@ final class RunReport {
     List<String[]> summary() {
         List<String[]> lines = new ArrayList<>();
         for (StepRecord s : steps) {
-            if (!s.passed) {
+            if (!s.passed()) {
                 lines.add(new String[] {"FAIL", "step " + s.number + " " + s.request() + ": " + s.runsFailed()
                         + s.why()});
             }
@@ -257,7 +257,7 @@ final class RunReport {
                 "healthy answer: " + s.expected));
         text.addAll(s.detail());
         return new Case("mmi.sequence", String.format(Locale.ROOT, "%02d %s", s.number, s.method), s.seconds,
-                s.passed ? null : s.thrown != null ? "error" : "failure", s.runsFailed() + s.method + " " + s.why(),
+                s.passed() ? null : s.thrown != null ? "error" : "failure", s.runsFailed() + s.method + " " + s.why(),
                 text, s.detail());
     }
 

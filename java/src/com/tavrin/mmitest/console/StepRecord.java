@@ -30,9 +30,8 @@ final class StepRecord {
     final Map<String, Object> fields = new LinkedHashMap<>();
     /** Time spent in the method, over every run of the step. */
     double seconds;
-    /** Set by the sequence: what a healthy device answers, and whether every run answered that. */
+    /** Set by the sequence: what a healthy device answers. */
     String expected;
-    boolean passed = true;
     /** Set by the sequence: the first error-priority line a healthy device would not have caused. */
     LogLine error;
     /** Set by the sequence: the step's position in it, how often it ran and how often it failed. */
@@ -88,9 +87,13 @@ final class StepRecord {
     StepRecord judge(FactorySequence.Step step) {
         expected = step.expect().shown();
         error = logs.stream().filter(step::unhealthy).findFirst().orElse(null);
-        passed = thrown == null && step.expect().healthy().test(result) && error == null;
-        failedRuns = passed ? 0 : 1;
+        failedRuns = thrown == null && step.expect().healthy().test(result) && error == null ? 0 : 1;
         return this;
+    }
+
+    /** Whether every run answered what a healthy device answers; a call the sequence did not judge passed. */
+    boolean passed() {
+        return failedRuns == 0;
     }
 
     /** Why the step failed, after what it answered: the healthy answer, and the error line when there is one. */
@@ -117,7 +120,6 @@ final class StepRecord {
         shown.seconds = earlier.seconds + later.seconds;
         shown.runs = earlier.runs + later.runs;
         shown.failedRuns = earlier.failedRuns + later.failedRuns;
-        shown.passed = shown.failedRuns == 0;
         shown.number = earlier.number;
         return shown;
     }
@@ -153,7 +155,7 @@ final class StepRecord {
         if (expected != null) {
             json.put("number", number);
             json.put("expected", expected);
-            json.put("passed", passed);
+            json.put("passed", passed());
             json.put("runs", runs);
             json.put("failed_runs", failedRuns);
             json.put("duration_ms", RunReport.ms(seconds));

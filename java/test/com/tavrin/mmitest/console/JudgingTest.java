@@ -45,7 +45,7 @@ class JudgingTest {
         Object result = answer.matches("-?[0-9]+") && !method.contains("Fps") ? (Object) Integer.parseInt(answer)
                 : answer;
         StepRecord r = answered(step, result, log.equals("-") ? new String[0] : new String[] {log}).judge(step);
-        assertEquals(passed, r.passed, r.why());
+        assertEquals(passed, r.passed(), r.why());
     }
 
     /**

@@ -35,7 +35,7 @@ class RunReportTest {
         StepRecord r = new StepRecord(method, new Object[] {"battery"});
         r.result = result;
         r.expected = "text";
-        r.passed = passed;
+        r.failedRuns = passed ? 0 : 1;
         r.logs = JunitCheck.logs(logs);
         r.calls = List.of(new Call("power", "getPowerState", 1, List.of("battery")));
         return r;
