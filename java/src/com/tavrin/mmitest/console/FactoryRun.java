@@ -93,6 +93,9 @@ final class FactoryRun implements Callable<Integer> {
     private Table.Screen out;
     /** Where the tables and counts go: nowhere under -q, which prints only the failures and the verdict. */
     private Table.Screen shown;
+    /** The sequence, and the indices of the steps --step and -k chose. */
+    private final List<Step> steps = FactorySequence.steps();
+    private List<Integer> chosen;
 
     @Override
     public Integer call() {
@@ -101,13 +104,12 @@ final class FactoryRun implements Callable<Integer> {
         out = new Table.Screen(spec.commandLine().getOut(), Terminal.of(System.getenv(), System::getProperty, noColor),
                 verbose);
         shown = quiet ? new Table.Screen(Writer.nullWriter(), out.terminal, verbose) : out;
-        List<Step> steps = FactorySequence.steps();
-        List<Integer> chosen = check(steps);
+        chosen = check();
         if (Console.CHECK_ONLY) {
             return Console.OK;
         }
         if (list) {
-            list(steps, chosen);
+            list();
             return Console.OK;
         }
         RunReport report = new RunReport(Console.version());
@@ -118,7 +120,7 @@ final class FactoryRun implements Callable<Integer> {
         report.drillFault = drillFault;
         report.loadLogs = device.start();
         printLoad(report.loadLogs);
-        sequence(report, steps, chosen);
+        sequence(report);
         if (report.drillService != null) {
             report.drillSkipped = report.stopped ? "stopped by -x"
                     : device.absent.contains(drillService) ? drillService + " is absent" : null;
@@ -160,7 +162,7 @@ final class FactoryRun implements Callable<Integer> {
      * Every check that needs neither the library nor the device: option values, contradictions,
      * the steps chosen and the results files. Returns the indices of the steps chosen.
      */
-    private List<Integer> check(List<Step> steps) {
+    private List<Integer> check() {
         ParseResult given = spec.commandLine().getParseResult();
         if (repeat < 1 || repeat > 100_000) {
             throw refusal("--repeat takes 1 to 100000, got " + repeat);
@@ -238,7 +240,7 @@ final class FactoryRun implements Callable<Integer> {
         shown.println();
     }
 
-    private void list(List<Step> steps, List<Integer> chosen) {
+    private void list() {
         List<String[]> rows = chosen.stream().map(i -> new String[] {String.valueOf(i + 1), steps.get(i).method(),
             StepRecord.shownArguments(steps.get(i).args(), " "), steps.get(i).expect().shown()}).toList();
         // The method's name is what -k and --step are chosen by: it is never cut.
@@ -252,9 +254,9 @@ final class FactoryRun implements Callable<Integer> {
      * print a line each on stderr and the table once they are done, a row per step with its count
      * of failed runs.
      */
-    private void sequence(RunReport report, List<Step> steps, List<Integer> chosen) {
+    private void sequence(RunReport report) {
         shown.println("Factory-test sequence");
-        Table table = repeat == 1 ? sequenceTable(steps, chosen) : null;
+        Table table = repeat == 1 ? sequenceTable() : null;
         StepRecord[] records = new StepRecord[chosen.size()];
         for (int round = 1; round <= repeat && !report.stopped; round++) {
             int failed = 0;
@@ -265,7 +267,7 @@ final class FactoryRun implements Callable<Integer> {
                 r.number = chosen.get(k) + 1;
                 records[k] = records[k] == null ? r : StepRecord.merge(records[k], r);
                 if (table != null) {
-                    printStep(table, step, r);
+                    printStep(table, r);
                 }
                 failed += r.passed() ? 0 : 1;
                 report.stopped = !r.passed() && exitFirst;
@@ -277,8 +279,8 @@ final class FactoryRun implements Callable<Integer> {
         }
         Arrays.stream(records).filter(Objects::nonNull).forEach(report.steps::add);
         if (table == null) {
-            Table rounds = sequenceTable(steps, chosen);
-            report.steps.forEach(r -> printStep(rounds, steps.get(r.number - 1), r));
+            Table rounds = sequenceTable();
+            report.steps.forEach(r -> printStep(rounds, r));
         }
         int failed = report.failedSteps();
         long methods = report.steps.stream().map(s -> s.method).distinct().count();
@@ -287,7 +289,7 @@ final class FactoryRun implements Callable<Integer> {
                 + (report.stopped ? "; stopped by -x" : ""));
     }
 
-    private Table sequenceTable(List<Step> steps, List<Integer> chosen) {
+    private Table sequenceTable() {
         // The answers are not known yet: each may take what a long healthy answer would.
         List<String[]> rows = chosen.stream().map(i -> new String[] {"FAIL", String.valueOf(i + 1),
             StepRecord.request(steps.get(i).method(), steps.get(i).args()),
@@ -295,13 +297,13 @@ final class FactoryRun implements Callable<Integer> {
         return new Table(shown, new String[] {"", "#", "call", "answer"}, rows, new int[] {4, 2, 30, 12});
     }
 
-    private void printStep(Table table, Step step, StepRecord r) {
+    private void printStep(Table table, StepRecord r) {
         table.row(r.passed() ? "PASS" : "FAIL", String.valueOf(r.number), r.request(), r.shown());
         if (!r.passed()) {
             table.note("healthy answer: " + r.expected + (r.runs > 1 ? "; " + r.failedRuns + " of " + r.runs
                     + " runs failed" : ""));
         }
-        if (step.showCalls() || verbose) {
+        if (steps.get(r.number - 1).showCalls() || verbose) {
             r.calls.forEach(call -> table.note("service received: " + call));
         }
         r.fields.forEach((name, value) -> table.note("MmiNativeManager." + name + " = " + Values.format(value)));
