@@ -8,10 +8,8 @@ import java.io.PrintWriter;
 import java.io.Writer;
 import java.nio.file.Path;
 import java.util.ArrayList;
-import java.util.Arrays;
 import java.util.List;
 import java.util.Locale;
-import java.util.Objects;
 import java.util.concurrent.Callable;
 import java.util.stream.IntStream;
 
@@ -257,7 +255,6 @@ final class FactoryRun implements Callable<Integer> {
     private void sequence(RunReport report) {
         shown.println("Factory-test sequence");
         Table table = repeat == 1 ? sequenceTable() : null;
-        StepRecord[] records = new StepRecord[chosen.size()];
         for (int round = 1; round <= repeat && !report.stopped; round++) {
             int failed = 0;
             int k = 0;
@@ -265,7 +262,11 @@ final class FactoryRun implements Callable<Integer> {
                 Step step = steps.get(chosen.get(k));
                 StepRecord r = StepRecord.invoke(step.resolve(), step.args()).judge(step);
                 r.number = chosen.get(k) + 1;
-                records[k] = records[k] == null ? r : StepRecord.merge(records[k], r);
+                if (round == 1) {
+                    report.steps.add(r);
+                } else {
+                    report.steps.set(k, StepRecord.merge(report.steps.get(k), r));
+                }
                 if (table != null) {
                     printStep(table, r);
                 }
@@ -277,7 +278,6 @@ final class FactoryRun implements Callable<Integer> {
                         + RunReport.count(k, "step") + " failed" + (report.stopped ? "; stopped by -x" : ""));
             }
         }
-        Arrays.stream(records).filter(Objects::nonNull).forEach(report.steps::add);
         if (table == null) {
             Table rounds = sequenceTable();
             report.steps.forEach(r -> printStep(rounds, r));
