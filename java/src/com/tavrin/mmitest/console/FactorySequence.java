@@ -84,8 +84,6 @@ final class FactorySequence {
         return new Step(method, expect, args, false, null, List.of());
     }
 
-    static final String FPS_FAILED = "FAILED:getDisplayFpsConfig";
-
     static List<Step> steps() {
         int[] rawPressure = IntStream.range(0, 16).map(i -> 1000 + 25 * i).toArray();
         return List.of(
@@ -149,7 +147,7 @@ final class FactorySequence {
                 step("sensorActivateNative", TRUE, 5, false, 0),
                 // Display refresh rate and brightness.
                 step("getScreenFpsConfigNative", form("rates such as 60,90", "[1-9][0-9]*(,[1-9][0-9]*)*"))
-                        .failsWith(FPS_FAILED),
+                        .failsWith("FAILED:getDisplayFpsConfig"),
                 step("setScreenFpsNative", TRUE, 1),
                 step("setLightBrightnessNative", CODE, 0, 255),
                 // Signature, memory card, high temperature; then the service may let go.
