@@ -227,14 +227,13 @@ final class FactoryRun implements Callable<Integer> {
     private void printLoad(List<LogLine> logs) {
         if (verbose) {
             printLogs("Library loaded; it wrote:", logs);
-            shown.println();
-            return;
+        } else {
+            List<String> missing = DeviceOptions.serviceNames().stream()
+                    .filter(s -> !SimulatedDevice.linkedServices().contains(s)).toList();
+            int all = DeviceOptions.serviceNames().size();
+            shown.println("library loaded: " + (all - missing.size()) + " of " + all + " services connected"
+                    + (missing.isEmpty() ? "" : " (" + String.join(", ", missing) + " missing)"));
         }
-        List<String> missing = DeviceOptions.serviceNames().stream()
-                .filter(s -> !SimulatedDevice.linkedServices().contains(s)).toList();
-        int all = DeviceOptions.serviceNames().size();
-        shown.println("library loaded: " + (all - missing.size()) + " of " + all + " services connected"
-                + (missing.isEmpty() ? "" : " (" + String.join(", ", missing) + " missing)"));
         shown.println();
     }
 
