@@ -123,10 +123,8 @@ TEST(LoadOverlap, DeathReportDuringTheLoadsConnectPassWaitsForItToFinish) {
     EXPECT_TRUE(query.supported);
     EXPECT_EQ(query.cached, 0) << "a query that overlapped the connect pass was cached";
     EXPECT_FALSE(releasedInside) << "the release pass ran inside the connect pass";
-    auto at = [&](const LogLine& l) {
-        return std::find(seen.begin(), seen.end(), l) - seen.begin();
-    };
-    EXPECT_LT(at(Line(D, "g_kxOtherdevices linkToDeath")), at(kReleasePass));
+    EXPECT_LT(kxtest::IndexOf(seen, Line(D, "g_kxOtherdevices linkToDeath")),
+              kxtest::IndexOf(seen, kReleasePass));
     EXPECT_EQ(Rows(), "0000000");
 
     kxtest::Device().Revive(Service::kFactory);
