@@ -26,23 +26,18 @@ import picocli.CommandLine.*;
 final class CallCommand implements Callable<Integer> {
     @Spec
     CommandSpec spec;
-
     @Mixin
     DeviceOptions device = new DeviceOptions();
-
     @Option(names = "--json", description = "Print the same facts as one JSON object on one line.")
     boolean json;
-
     @Option(names = "--list-ops", arity = "0..1", paramLabel = "SERVICE", fallbackValue = "",
             completionCandidates = DeviceOptions.ServiceName.class,
             description = "List the operations of every service (or of SERVICE) that --answer can program: the "
                     + "shape of their answer and the answer keywords they take.")
     String listOps;
-
     @Parameters(index = "0", arity = "0..1", paramLabel = "METHOD", completionCandidates = MethodNames.class,
             description = "A native method of MmiNativeManager.")
     String methodName;
-
     @Parameters(index = "1..*", paramLabel = "ARG", description = "One per parameter of the method.")
     List<String> argTexts = new ArrayList<>();
 
@@ -60,7 +55,7 @@ final class CallCommand implements Callable<Integer> {
 
     /** Every check that needs no library: the options, the method and its arguments. */
     void check() {
-        device.check(spec);
+        device.check();
         try {
             if (listOps != null && methodName != null) {
                 throw new IllegalArgumentException("--list-ops takes one service and calls no method, so '"
@@ -81,7 +76,6 @@ final class CallCommand implements Callable<Integer> {
     @Override
     public Integer call() {
         PrintWriter out = spec.commandLine().getOut();
-        PrintWriter err = spec.commandLine().getErr();
         check();
         if (Console.CHECK_ONLY) {
             return Console.OK;
@@ -90,7 +84,7 @@ final class CallCommand implements Callable<Integer> {
             listOperations(out, Terminal.of(System.getenv(), System::getProperty, true), listed);
             return Console.OK;
         }
-        List<LogLine> loadLogs = Natives.startDevice(device, err, "mmi call: ");
+        List<LogLine> loadLogs = device.start();
         StepRecord r = StepRecord.invoke(method, arguments);
         if (r.thrown != null) {
             throw new Console.Failure(method.getName() + " threw " + r.thrown);
@@ -104,7 +98,7 @@ final class CallCommand implements Callable<Integer> {
             out.println("result: " + Values.format(r.result));
             r.detail().forEach(line -> out.println(Terminal.printable(line)));
         }
-        List<LogLine> restart = awaitRestart(err);
+        List<LogLine> restart = awaitRestart();
         if (json) {
             logs.addAll(restart);
             out.println(Values.json(r));
@@ -115,11 +109,10 @@ final class CallCommand implements Callable<Integer> {
     }
 
     /** Waits for a service that crashed in the call to register again; the log lines its return brought. */
-    private List<LogLine> awaitRestart(PrintWriter err) {
+    private List<LogLine> awaitRestart() {
         List<String> pending = SimulatedDevice.pendingRegistrations();
         long delay = device.restartDelay;
-        return device.awaitRestart(err, "mmi call: ", String.join(", ", pending) + " to restart",
-                pending.isEmpty() ? 0 : delay, () -> {
+        return device.awaitRestart(String.join(", ", pending) + " to restart", pending.isEmpty() ? 0 : delay, () -> {
             if (!SimulatedDevice.waitRestarts(delay + SimulatedDevice.DEFAULT_WAIT_MS)) {
                 throw new Console.Failure("gave up waiting for " + SimulatedDevice.waitingFor());
             }

@@ -14,10 +14,6 @@ import java.util.Comparator;
 import java.util.List;
 import java.util.Locale;
 import java.util.concurrent.Callable;
-import java.util.concurrent.ExecutionException;
-import java.util.concurrent.FutureTask;
-import java.util.concurrent.TimeUnit;
-import java.util.concurrent.TimeoutException;
 import java.util.function.Function;
 import java.util.stream.IntStream;
 
@@ -65,9 +61,11 @@ public final class Console implements Callable<Integer>, IVersionProvider {
         Sink err = new Sink(FileDescriptor.err);
         CommandLine line = commandLine(out, err);
         int code = line.execute(args);
-        // A result that never reached its reader is no result: coreutils' rule for stdout.
+        // A result that never reached its reader is no result: coreutils' rule for stdout. A reader
+        // that stopped early (| head -1) has what it wanted, so that one goes unsaid, as it does
+        // for a writer the pipe's signal ends.
         boolean lost = line.getOut().checkError();
-        if (lost) {
+        if (lost && !"broken pipe".equals(out.failure)) {
             line.getErr().println("mmi: cannot write standard output: " + out.failure);
         }
         System.exit(code == OK && (lost || line.getErr().checkError()) ? FAILED : code);
@@ -196,31 +194,6 @@ public final class Console implements Callable<Integer>, IVersionProvider {
             }
         }
         return row[b.length()];
-    }
-
-    /**
-     * Does work that may wait on another thread and returns what it returns; a wait longer than
-     * two seconds says every five how long it has waited, so that no wait is silent.
-     */
-    static <T> T await(PrintWriter err, String prefix, String what, long expectedMs, Callable<T> work) {
-        FutureTask<T> done = new FutureTask<>(work);
-        Thread worker = new Thread(done, "mmi " + what);
-        worker.setDaemon(true);
-        worker.start();
-        long start = System.nanoTime();
-        for (long next = 2000; ; next += 5000) {
-            try {
-                return done.get(Math.max(1, next - (System.nanoTime() - start) / 1_000_000), TimeUnit.MILLISECONDS);
-            } catch (TimeoutException e) {
-                err.println(prefix + "still waiting for " + what + " (" + (System.nanoTime() - start) / 1_000_000_000
-                        + " s" + (expectedMs > 0 ? " of about " + (expectedMs + 999) / 1000 + " s" : "") + ")");
-            } catch (InterruptedException e) {
-                Thread.currentThread().interrupt();
-                throw new Failure("interrupted while waiting for " + what);
-            } catch (ExecutionException e) {
-                throw e.getCause() instanceof RuntimeException r ? r : new Failure(e.getCause().toString());
-            }
-        }
     }
 
     /** SERVICE and ANSWER, for run and call, as the device names them when its library is there to ask. */

@@ -1,6 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import com.tavrin.mmitest.sim.Catalogue;
+import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
 import java.io.PrintWriter;
@@ -11,6 +12,10 @@ import java.util.Iterator;
 import java.util.Optional;
 import java.util.List;
 import java.util.concurrent.Callable;
+import java.util.concurrent.ExecutionException;
+import java.util.concurrent.FutureTask;
+import java.util.concurrent.TimeUnit;
+import java.util.concurrent.TimeoutException;
 import java.util.stream.Collectors;
 
 import picocli.CommandLine.Model.CommandSpec;
@@ -18,10 +23,12 @@ import picocli.CommandLine.*;
 
 /** How the simulated device deviates from a healthy one: the options run and call share. */
 final class DeviceOptions {
+    /** The command these options belong to: refusals and waits speak in its name. */
+    @Spec(Spec.Target.MIXEE)
+    CommandSpec command;
     @Option(names = "--absent", paramLabel = "SERVICE", converter = ServiceName.class,
             completionCandidates = ServiceName.class, description = "Leave the service unregistered.")
     List<String> absent = new ArrayList<>();
-
     @Option(names = "--only-1.0", paramLabel = "SERVICE", converter = ServiceName.class,
             completionCandidates = VersionedNames.class,
             description = "Offer only version 1.0 of a service that has a version 1.1.")
@@ -31,12 +38,10 @@ final class DeviceOptions {
             description = "Program what the operation answers from now on; crash: the service dies in the middle "
                     + "of the call and restarts after the restart delay.")
     List<Answer> answers = new ArrayList<>();
-
     @Option(names = "--start-delay", paramLabel = "SERVICE=MS",
             description = "Register the service MS milliseconds after the device starts; the library's load waits "
                     + "for it.")
     List<StartDelay> startDelays = new ArrayList<>();
-
     /** How long a crashed service stays down when --restart-delay does not say: as the device would. */
     @Option(names = "--restart-delay", paramLabel = "MS|never", converter = RestartDelayConverter.class,
             defaultValue = "300",
@@ -95,31 +100,35 @@ final class DeviceOptions {
     }
 
     /** Refuses options that contradict each other; needs no library. */
-    void check(CommandSpec spec) {
+    void check() {
         List<String> versioned = versioned();
         for (String s : onlyV10) {
-            refuseIf(spec, !versioned.isEmpty() && !versioned.contains(s), s + " has no version 1.1 to withhold "
+            refuseIf(!versioned.isEmpty() && !versioned.contains(s), s + " has no version 1.1 to withhold "
                     + "(--only-1.0 takes " + String.join(", ", versioned) + ")");
-            refuseIf(spec, absent.contains(s), "--absent " + s + " and --only-1.0 " + s
+            refuseIf(absent.contains(s), "--absent " + s + " and --only-1.0 " + s
                     + " contradict each other: an absent service offers no version");
         }
         Set<String> late = new HashSet<>();
         for (StartDelay d : startDelays) {
-            refuseIf(spec, absent.contains(d.service()), "--absent " + d.service() + " and --start-delay "
+            refuseIf(absent.contains(d.service()), "--absent " + d.service() + " and --start-delay "
                     + d.service() + "=" + d.ms() + " contradict each other: an absent service never registers");
-            refuseIf(spec, !late.add(d.service()), "--start-delay " + d.service()
+            refuseIf(!late.add(d.service()), "--start-delay " + d.service()
                     + " is given twice; give one delay per service");
         }
     }
 
-    private static void refuseIf(CommandSpec spec, boolean refused, String message) {
+    private void refuseIf(boolean refused, String message) {
         if (refused) {
-            throw new ParameterException(spec.commandLine(), message);
+            throw new ParameterException(command.commandLine(), message);
         }
     }
 
-    /** Sets the device up before it starts; a refused answer is the user's to correct. */
-    void apply() {
+    /**
+     * Sets the device up, starts it and loads the library in front of it, saying first what the
+     * load waits for when a service starts late. Returns the log lines loading wrote; the calls it
+     * made are dropped, as no request made them.
+     */
+    List<LogLine> start() {
         try {
             SimulatedDevice.catalogue();
         } catch (LinkageError e) {
@@ -130,6 +139,20 @@ final class DeviceOptions {
         startDelays.forEach(d -> SimulatedDevice.setStartDelay(d.service(), d.ms()));
         SimulatedDevice.setRestartDelay(restartDelay);
         programAnswers();
+        if (!startDelays.isEmpty()) {
+            err().println(prefix() + "the library's load waits for the late services to register ("
+                    + startDelays.stream().map(d -> d.service() + " after " + d.ms() + " ms")
+                            .collect(Collectors.joining(", ")) + ")");
+        }
+        long longest = startDelays.stream().mapToLong(StartDelay::ms).max().orElse(0);
+        return await("the late services to register", longest, () -> {
+            SimulatedDevice.captureLogs();
+            SimulatedDevice.start();
+            Natives.load();
+            SimulatedDevice.waitIdle();
+            SimulatedDevice.takeCallRecords();
+            return SimulatedDevice.takeLogLines();
+        });
     }
 
     /** Programs every --answer as typed: the device reads a bare word as text, as the shell leaves it. */
@@ -171,27 +194,46 @@ final class DeviceOptions {
         }
     }
 
-    /**
-     * What the load will wait for, said before it starts so that the wait is never silent; null
-     * when no service starts late.
-     */
-    String startNote() {
-        return startDelays.isEmpty() ? null : "the library's load waits for the late services to register ("
-                + startDelays.stream().map(d -> d.service() + " after " + d.ms() + " ms")
-                        .collect(Collectors.joining(", "))
-                + ")";
-    }
-
     /** Waits for a crashed service to restart, saying so first when that takes longer than a moment. */
-    <T> T awaitRestart(PrintWriter err, String prefix, String what, long ms, Callable<T> work) {
+    <T> T awaitRestart(String what, long ms, Callable<T> work) {
         if (ms > 2000) {
-            err.println(prefix + "waiting for " + what + " (--restart-delay " + restartDelay + " ms)");
+            err().println(prefix() + "waiting for " + what + " (--restart-delay " + restartDelay + " ms)");
         }
-        return Console.await(err, prefix, what, ms, work);
+        return await(what, ms, work);
     }
 
-    long longestStartDelay() {
-        return startDelays.stream().mapToLong(StartDelay::ms).max().orElse(0);
+    /**
+     * Does work that may wait on another thread and returns what it returns; a wait longer than
+     * two seconds says every five how long it has waited, so that no wait is silent.
+     */
+    private <T> T await(String what, long expectedMs, Callable<T> work) {
+        FutureTask<T> done = new FutureTask<>(work);
+        Thread worker = new Thread(done, "mmi " + what);
+        worker.setDaemon(true);
+        worker.start();
+        long start = System.nanoTime();
+        for (long next = 2000; ; next += 5000) {
+            try {
+                return done.get(Math.max(1, next - (System.nanoTime() - start) / 1_000_000), TimeUnit.MILLISECONDS);
+            } catch (TimeoutException e) {
+                err().println(prefix() + "still waiting for " + what + " (" + (System.nanoTime() - start)
+                        / 1_000_000_000 + " s" + (expectedMs > 0 ? " of about " + (expectedMs + 999) / 1000 + " s" : "")
+                        + ")");
+            } catch (InterruptedException e) {
+                Thread.currentThread().interrupt();
+                throw new Console.Failure("interrupted while waiting for " + what);
+            } catch (ExecutionException e) {
+                throw e.getCause() instanceof RuntimeException r ? r : new Console.Failure(e.getCause().toString());
+            }
+        }
+    }
+
+    private PrintWriter err() {
+        return command.commandLine().getErr();
+    }
+
+    private String prefix() {
+        return Console.prefix(command.commandLine());
     }
 
     /** The longest a delay may be: longer ones would look like a hang. */

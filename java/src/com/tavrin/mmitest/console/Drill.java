@@ -9,7 +9,6 @@ import com.tavrin.mmitest.sim.Call;
 import com.tavrin.mmitest.sim.LogLine;
 import com.tavrin.mmitest.sim.SimulatedDevice;
 
-import java.io.PrintWriter;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
@@ -71,7 +70,7 @@ final class Drill {
     }
 
     /** Runs the drill on the started device and judges it into the report. */
-    void run(RunReport report, PrintWriter err) {
+    void run(RunReport report) {
         SimulatedDevice.takeLogLines();
         List<StepRecord> before = probe();
         long faultStart = System.nanoTime();
@@ -91,7 +90,7 @@ final class Drill {
             // The restart was held until the probes had seen the service down: it lands now, after
             // the restart delay counted from the crash, as the platform would restart it.
             long left = device.restartDelay - (System.nanoTime() - faultStart) / 1_000_000;
-            device.awaitRestart(err, "mmi run: ", service + " to restart", left, () -> {
+            device.awaitRestart(service + " to restart", left, () -> {
                 Thread.sleep(Math.max(0, left));
                 return null;
             });

@@ -13,9 +13,7 @@ import java.util.List;
 import java.util.Locale;
 import java.util.Objects;
 import java.util.concurrent.Callable;
-import java.util.regex.Matcher;
 import java.util.stream.IntStream;
-import java.util.regex.Pattern;
 
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
@@ -34,70 +32,55 @@ import picocli.CommandLine.*;
 final class FactoryRun implements Callable<Integer> {
     @Spec
     CommandSpec spec;
-
     @Mixin
     DeviceOptions device = new DeviceOptions();
-
     @Option(names = "--list", description = "List the numbered steps (those selected) without running them.")
     boolean list;
-
     @Option(names = "--step", split = ",", paramLabel = "N[-M]",
             description = "Run only these steps (numbers from --list; ranges such as 2-5,9).")
     List<Range> stepRanges = new ArrayList<>();
-
     @Option(names = "-k", paramLabel = "TEXT", description = "Run only the steps whose method name contains TEXT "
             + "(any case).")
     String keyword;
-
     @Option(names = "--repeat", paramLabel = "N", defaultValue = "1",
             description = "Run the selected steps N times; a step's verdict counts its failed runs.")
     int repeat;
-
     @Option(names = {"-x", "--exitfirst"}, description = "Stop at the first failing step; the drill does not run.")
     boolean exitFirst;
-
     @Option(names = "--drill", paramLabel = "SERVICE", defaultValue = "power",
             converter = DeviceOptions.ServiceName.class, completionCandidates = DeviceOptions.ServiceName.class,
             description = "The service the drill kills (default: ${DEFAULT-VALUE}).")
     String drillService;
-
     @Option(names = "--no-drill", description = "Skip the service-death drill.")
     boolean noDrill;
-
     @Option(names = "--drill-fault", paramLabel = "FAULT", defaultValue = "kill",
             description = "How the drill's service dies: kill (the drill kills it and revives it) or crash (it "
                     + "crashes in the middle of a call and restarts after the restart delay); default: "
                     + "${DEFAULT-VALUE}.")
     Drill.Fault drillFault;
-
     @Option(names = "--junit", paramLabel = "FILE", description = "Write the results as JUnit XML.")
     Path junit;
-
     @Option(names = "--json", paramLabel = "FILE", description = "Write the results as JSON.")
     Path json;
-
     @Option(names = {"-v", "--verbose"}, description = "Show every log line and call, and cut no cell.")
     boolean verbose;
-
     @Option(names = {"-q", "--quiet"}, description = "Print only the failures and the verdict.")
     boolean quiet;
-
     @Option(names = "--no-color", description = "No colours, even on a terminal (as does NO_COLOR).")
     boolean noColor;
 
     /** Steps first to last, as --step takes them: 7, or 2-5. */
     record Range(int first, int last) {
         static Range parse(String value) {
-            Matcher m = Pattern.compile("([0-9]{1,6})(?:-([0-9]{1,6}))?").matcher(value);
-            if (!m.matches()) {
+            if (!value.matches("[0-9]{1,6}(-[0-9]{1,6})?")) {
                 throw new TypeConversionException("--step takes numbers from --list, got '" + value + "'");
             }
-            int first = Integer.parseInt(m.group(1));
-            int last = m.group(2) == null ? first : Integer.parseInt(m.group(2));
-            if (last < first) {
+            String[] ends = value.split("-");
+            Range range = new Range(Integer.parseInt(ends[0]), Integer.parseInt(ends[ends.length - 1]));
+            if (range.last < range.first) {
                 throw new TypeConversionException("--step " + value + ": a range runs from the lower number up");
             }
-            return new Range(first, last);
+            return range;
         }
 
         boolean contains(int n) {
@@ -133,7 +116,7 @@ final class FactoryRun implements Callable<Integer> {
         report.repeat = repeat;
         report.drillService = noDrill ? null : drillService;
         report.drillFault = drillFault;
-        report.loadLogs = Natives.startDevice(device, err, "mmi run: ");
+        report.loadLogs = device.start();
         printLoad(report.loadLogs);
         sequence(report, steps, chosen);
         if (report.drillService != null) {
@@ -197,7 +180,7 @@ final class FactoryRun implements Callable<Integer> {
                 throw refusal(option + " and --no-drill contradict each other; give one");
             }
         }
-        device.check(spec);
+        device.check();
         // These refuse with IllegalArgumentException, which the console refuses the command line for.
         OutputFiles.check(List.of(new OutputFiles.Output("--junit", junit), new OutputFiles.Output("--json", json)));
         return select(steps, stepRanges, keyword);
@@ -332,7 +315,7 @@ final class FactoryRun implements Callable<Integer> {
         Drill drill = new Drill(drillService, drillFault, device);
         shown.println();
         shown.println("Service-death drill: " + drill.title());
-        drill.run(report, err);
+        drill.run(report);
         String[] header = {"", "service", "request", "while down", drill.revivedByDrill() ? "after revive"
                 : "after restart"};
         Table table = new Table(shown, terminal, verbose, header, report.checks.stream().filter(c -> !c.detail()

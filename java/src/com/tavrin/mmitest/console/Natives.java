@@ -1,10 +1,7 @@
 package com.tavrin.mmitest.console;
 
 import com.tavrin.mmitest.controller.MmiNativeManager;
-import com.tavrin.mmitest.sim.LogLine;
-import com.tavrin.mmitest.sim.SimulatedDevice;
 
-import java.io.PrintWriter;
 import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
 import java.lang.reflect.Modifier;
@@ -61,26 +58,6 @@ final class Natives {
     private static String describe(Parameter p) {
         String type = p.getType().getSimpleName();
         return p.isNamePresent() ? type + " " + p.getName() : type;
-    }
-
-    /**
-     * Sets the simulated device up as the options say, starts it and loads the library in front of
-     * it, saying first what the load waits for when a service starts late. Returns the log lines
-     * loading wrote; the calls it made are dropped, as no request made them.
-     */
-    static List<LogLine> startDevice(DeviceOptions device, PrintWriter err, String prefix) {
-        device.apply();
-        if (device.startNote() != null) {
-            err.println(prefix + device.startNote());
-        }
-        return Console.await(err, prefix, "the late services to register", device.longestStartDelay(), () -> {
-            SimulatedDevice.captureLogs();
-            SimulatedDevice.start();
-            load();
-            SimulatedDevice.waitIdle();
-            SimulatedDevice.takeCallRecords();
-            return SimulatedDevice.takeLogLines();
-        });
     }
 
     /** Loads and binds the library; the message says why when it cannot. */

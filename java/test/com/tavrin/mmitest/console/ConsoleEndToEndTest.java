@@ -397,14 +397,27 @@ class ConsoleEndToEndTest {
     @ParameterizedTest(name = "{0}")
     @ValueSource(strings = {"call getBsnNative", "run --step 1 --no-drill", "--version", "call --list-ops power"})
     void aFailedWriteOnStandardOutputExitsOne(String line) throws Exception {
+        Process p = new ProcessBuilder(console(line)).redirectOutput(new File("/dev/full")).start();
+        String err = new String(p.getErrorStream().readAllBytes(), StandardCharsets.UTF_8);
+        assertEquals(1, p.waitFor(), err);
+        assertTrue(err.endsWith("mmi: cannot write standard output: no space left on device\n"), err);
+    }
+
+    /** A reader that stopped early (| head -1) ends the command without a word: it has what it wanted. */
+    @Test
+    void aReaderThatStoppedEarlyIsNotAnError() throws Exception {
+        Process p = new ProcessBuilder(console("call --list-ops")).start();
+        p.getInputStream().close();
+        String err = new String(p.getErrorStream().readAllBytes(), StandardCharsets.UTF_8);
+        assertEquals(List.of(1, ""), List.of(p.waitFor(), err));
+    }
+
+    private static List<String> console(String line) {
         List<String> command = new ArrayList<>(List.of(Path.of(System.getProperty("java.home"), "bin", "java").toString(),
                 "-Djava.library.path=" + System.getProperty("mmi.test.libdir"), "-cp", System.getProperty("mmi.test.jar"),
                 "com.tavrin.mmitest.console.Console"));
         command.addAll(List.of(line.split(" ")));
-        Process p = new ProcessBuilder(command).redirectOutput(new File("/dev/full")).start();
-        String err = new String(p.getErrorStream().readAllBytes(), StandardCharsets.UTF_8);
-        assertEquals(1, p.waitFor(), err);
-        assertTrue(err.endsWith("mmi: cannot write standard output: no space left on device\n"), err);
+        return command;
     }
 
     /**
