@@ -20,8 +20,7 @@ class Factory : public DeviceTest, public testing::WithParamInterface<bool> {
         ASSERT_TRUE(Device().SetOnlyV10(simdevice::Service::kFactory, true));
         ASSERT_TRUE(Device().Revive(simdevice::Service::kFactory));
         WaitIdle();
-        TakeLogs();
-        Device().TakeCalls();
+        Forget();
     }
     static bool OnlyV10() { return GetParam(); }
     // A call that needs version 1.1 of a service without it fails with one line instead.

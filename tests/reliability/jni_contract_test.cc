@@ -22,8 +22,7 @@ long CallAndAudit(int i, int set, const std::string& what) {
     CallNative(i, set);
     kxtest::Loans loans = kxtest::TakeLoans();
     for (const std::string& fault : loans.faults) ADD_FAILURE() << what << ": " << fault;
-    kxtest::TakeLogs();
-    kxtest::Device().TakeCalls();
+    kxtest::Forget();
     return loans.obtained;
 }
 

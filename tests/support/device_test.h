@@ -71,13 +71,18 @@ Native Bind(const char* method, const char* signature, A... args) {
     return [=] { return Show(method, signature, args...); };
 }
 
+// Empties the log capture and the call record, which keep whatever they get.
+inline void Forget() {
+    TakeLogs();
+    Device().TakeCalls();
+}
+
 // Every service registered with its default answers; log and call record empty.
 inline void FreshDevice() {
     Manager();
     Device().Reset();
     WaitIdle();
-    TakeLogs();
-    Device().TakeCalls();
+    Forget();
 }
 
 class DeviceTest : public testing::Test {
@@ -114,6 +119,11 @@ inline void Connect() {
 }
 inline void Release() {
     reinterpret_cast<void (*)()>(LibrarySymbol("_Z20ExitMmiNativeManagerv"))();
+}
+// Connects afresh (as a registration report does), then empties the log and the call record.
+inline void Reconnect() {
+    Connect();
+    Forget();
 }
 
 }  // namespace kxtest

@@ -17,9 +17,7 @@ class Touch : public DeviceTest {
   protected:
     void SetUp() override {
         DeviceTest::SetUp();
-        Connect();  // clears the pressure-support cache
-        TakeLogs();
-        Device().TakeCalls();
+        Reconnect();  // clears the pressure-support cache
     }
 };
 
@@ -117,8 +115,7 @@ TEST_F(Touch, QueriesRacingWithPassesLeaveNoStaleAnswer) {
         while (queries[0] < after[0] || queries[1] < after[1]) std::this_thread::yield();
         stale += cache->load() & 1;
         if (rounds % 256 == 0) {
-            TakeLogs();
-            Device().TakeCalls();
+            Forget();
         }
     }
     stop = true;
