@@ -105,8 +105,9 @@ class DeviceTest : public testing::Test {
                       const std::string& result, const Lines& lines) {
         SCOPED_TRACE(call + " answering " + answer);
         const size_t dot = call.find('.');
-        Answer(*simdevice::ServiceFromName(call.substr(0, dot)),
-               call.substr(dot + 1, call.find('(') - dot - 1).c_str(), answer);
+        std::optional<simdevice::Service> service = simdevice::ServiceFromName(call.substr(0, dot));
+        ASSERT_TRUE(service) << "no service named in " << call;
+        Answer(*service, call.substr(dot + 1, call.find('(') - dot - 1).c_str(), answer);
         EXPECT_EQ(native(), result);
         EXPECT_EQ(TakeLogs(), lines);
         EXPECT_EQ(Calls(), Texts{call});
