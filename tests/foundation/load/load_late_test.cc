@@ -15,7 +15,8 @@ using kxtest::LogLine;
 using simdevice::Service;
 
 TEST(LoadLate, LoadWaitsForALateDeclaredServiceAndEndsConnected) {
-    constexpr int kDelayMs = 1200;
+    // One warning, however long the load takes to reach power, up to half a second.
+    constexpr int kDelayMs = 1500;
     ASSERT_TRUE(kxtest::Device().SetStartDelay(Service::kPower, kDelayMs));
     const auto start = std::chrono::steady_clock::now();
     kxtest::Manager();  // loads the library
