@@ -3,7 +3,6 @@
 // service run against the full service and against one that offers only version 1.0.
 #include <vendor/tavrin/hardware/kxfactoryinterface/1.0/types.h>
 
-#include <functional>
 #include <map>
 #include <tuple>
 
@@ -11,19 +10,6 @@
 
 namespace kxtest {
 namespace {
-
-using Lines = std::vector<LogLine>;
-using Texts = std::vector<std::string>;
-using Native = std::function<std::string()>;  // a call whose Java result is shown as text
-
-template <typename... A>
-Native Int(const char* method, const char* signature, A... args) {
-    return [=] { return std::to_string(CallInt(method, signature, args...)); };
-}
-template <typename... A>
-Native Str(const char* method, const char* signature, A... args) {
-    return [=] { return CallString(method, signature, args...).value_or("<null>"); };
-}
 
 class Factory : public DeviceTest, public testing::WithParamInterface<bool> {
   protected:
@@ -34,28 +20,22 @@ class Factory : public DeviceTest, public testing::WithParamInterface<bool> {
         ASSERT_TRUE(Device().SetOnlyV10(simdevice::Service::kFactory, true));
         ASSERT_TRUE(Device().Revive(simdevice::Service::kFactory));
         WaitIdle();
-        TakeLogs();
-        Device().TakeCalls();
+        Forget();
     }
     static bool OnlyV10() { return GetParam(); }
-    static void Answer(const char* operation, const std::string& answer) {
-        DeviceTest::Answer(simdevice::Service::kFactory, operation, answer);
-    }
-    // Programs the answer, calls the native and checks its result, its lines and its one service
-    // call; a call that needs version 1.1 of a service without it fails with one line instead.
+    // A call that needs version 1.1 of a service without it fails with one line instead.
     static void Check(const Native& call, const char* answer, const std::string& callText,
                       const std::string& result, const Lines& lines) {
         static const std::map<std::string, std::pair<std::string, std::string>> kNewer = {
             {"factory.getManufactureMode()", {"-1", "GetManufactureMode, kxFactoryNew is null"}},
             {"factory.readOeminfo(1, 2, 3)", {"", "GetOeminfo fail, kxFactoryNew is null"}}};
-        SCOPED_TRACE(callText + " answering " + answer);
-        size_t dot = callText.find('.');
-        Answer(callText.substr(dot + 1, callText.find('(') - dot - 1).c_str(), answer);
-        auto newer = OnlyV10() ? kNewer.find(callText) : kNewer.end();
-        bool cut = newer != kNewer.end();
-        EXPECT_EQ(call(), cut ? newer->second.first : result);
-        EXPECT_EQ(TakeLogs(), cut ? Lines{Line(E, newer->second.second)} : lines);
-        EXPECT_EQ(Calls(), cut ? Texts{} : Texts{callText});
+        auto newer = kNewer.find(callText);
+        if (!OnlyV10() || newer == kNewer.end()) {
+            return DeviceTest::Check(call, answer, callText, result, lines);
+        }
+        EXPECT_EQ(call(), newer->second.first) << callText;
+        EXPECT_EQ(TakeLogs(), Lines{Line(E, newer->second.second)});
+        EXPECT_EQ(Calls(), Texts{});
     }
 };
 INSTANTIATE_TEST_SUITE_P(Versions, Factory, testing::Bool(),
@@ -63,24 +43,24 @@ INSTANTIATE_TEST_SUITE_P(Versions, Factory, testing::Bool(),
 
 TEST_P(Factory, ValueAnswersPassThroughWithArgumentsInOrder) {
     const char* kTwo = "(Ljava/lang/String;Ljava/lang/String;)I";
-    Check([] { return std::to_string(CallBool("isFactoryVersionNative", "()Z")); }, "false",
-          "factory.isFactoryVersion()", "0", {Line(D, "IsFactoryVersion: 0")});
-    Check(Int("releaseFactoryHidlResourceNative", "()I"), "-3",
+    Check(Bind("isFactoryVersionNative", "()Z"), "false", "factory.isFactoryVersion()", "false",
+          {Line(D, "IsFactoryVersion: 0")});
+    Check(Bind("releaseFactoryHidlResourceNative", "()I"), "-3",
           "factory.releaseFactoryHidlResource()", "-3",
           {Line(D, "ReleaseFactoryHidlResource, result: -3")});
-    Check(Int("setMmiResultNative", "(II)I", 3, -4), "11", "factory.setMmiTestResult(3, -4)", "11",
+    Check(Bind("setMmiResultNative", "(II)I", 3, -4), "11", "factory.setMmiTestResult(3, -4)", "11",
           {Line(D, "SetMmiTestResult ret = 11")});
-    Check(Int("getMmiDeviceFeaturesCheckResultNative", "(I)I", 9), "-2",
+    Check(Bind("getMmiDeviceFeaturesCheckResultNative", "(I)I", 9), "-2",
           "factory.getMmiDeviceFeaturesCheckResult(9)", "-2",
           {Line(D, "GetMmiDeviceFeaturesCheckResult, result: -2")});
-    Check(Int("disableMmiAutoStartNative", "(Ljava/lang/String;)I", JStr("off")), "4",
+    Check(Bind("disableMmiAutoStartNative", "(Ljava/lang/String;)I", JStr("off")), "4",
           "factory.setFactoryInfo(5, \"off\")", "4", {Line(D, "SetMMIAutoStartFlag, result: 4")});
-    Check(Int("getManufactureModeNative", "()I"), "2", "factory.getManufactureMode()", "2",
+    Check(Bind("getManufactureModeNative", "()I"), "2", "factory.getManufactureMode()", "2",
           {Line(D, "GetManufactureMode, result: 2")});
-    Check(Int("setMockCardTestModeNative", "(Ljava/lang/String;)I", JStr("sd-fast")), "6",
+    Check(Bind("setMockCardTestModeNative", "(Ljava/lang/String;)I", JStr("sd-fast")), "6",
           "factory.setFactoryInfo(14, \"sd-fast\")", "6", {Line(D, "SetZqCardTestMode, ret: 6")});
     // The result info is only logged, and at error priority even on success.
-    Check(Int("executeHighTemperInterceptCmdNative", kTwo, JStr("s"), JStr("p")), "0,\"cooled\"",
+    Check(Bind("executeHighTemperInterceptCmdNative", kTwo, JStr("s"), JStr("p")), "0,\"cooled\"",
           "factory.executeHighTemperInterceptCmd(\"s\", \"p\")", "0",
           {Line(E,
                 "ExecuteHighTemperInterceptCmd, resultCode: 0, resultInfo: cooled, testScene: "
@@ -103,19 +83,19 @@ TEST_P(Factory, CallbackTextsAreMappedPerMethod) {
         const char* failLine;  // error line on a non-zero code, if any
         const char* failText;  // the Java result on a non-zero code; null: the service's text
     } methods[] = {
-        {Str("getManufactureFileNameNative", kStr), "factory.getManufactureFileName()",
+        {Bind("getManufactureFileNameNative", kStr), "factory.getManufactureFileName()",
          "GetManufactureFileName, ret: {C}, fileName: {T}", nullptr, nullptr},
-        {Str("getBsnNative", kStr), "factory.getFactoryInfo(0)", "GetBsn, ret: {C}", nullptr,
+        {Bind("getBsnNative", kStr), "factory.getFactoryInfo(0)", "GetBsn, ret: {C}", nullptr,
          nullptr},
-        {Str("getMmiAutoStartFlagNative", kStr), "factory.getFactoryInfo(5)",
+        {Bind("getMmiAutoStartFlagNative", kStr), "factory.getFactoryInfo(5)",
          "GetMmiAutoStartFlag, ret: {C}, flag: {T}", "getMMIAutoStart failed", "Error"},
-        {Str("getManufactureStationFlagNative", "(I)Ljava/lang/String;", 12),
+        {Bind("getManufactureStationFlagNative", "(I)Ljava/lang/String;", 12),
          "factory.getManufactureStationFlag(12)",
          "GetManufactureStationFlag, station id: 12, result: {C}, stationFlag: {T}", nullptr,
          nullptr},
-        {Str("getOeminfoNative", "(III)Ljava/lang/String;", 1, 2, 3),
+        {Bind("getOeminfoNative", "(III)Ljava/lang/String;", 1, 2, 3),
          "factory.readOeminfo(1, 2, 3)", nullptr, "GetOeminfo fail, read failed result: {C} ", ""},
-        {Str("getMockCardTestResultNative", kStr), "factory.getFactoryInfo(14)",
+        {Bind("getMockCardTestResultNative", kStr), "factory.getFactoryInfo(14)",
          "GetZqCardTestResult, ret: {C}, testResultArray = {T}", nullptr, nullptr},
     };
     const std::pair<const char*, std::string> answers[] = {
@@ -136,7 +116,7 @@ TEST_P(Factory, SetTestCycleWritesFourCharactersOfItem143) {
     // station, cycle, qrcode text (null: no qrcode line and an empty record)
     const std::tuple<int, int, const char*> cases[] = {
         {7, 3, "0703"}, {123, 4, "1204"}, {-5, 1000, "-510"}, {42, -100, nullptr}};
-    Answer("writeOeminfo", "5");
+    Answer(simdevice::Service::kFactory, "writeOeminfo", "5");
     for (const auto& [station, cycle, qrcode] : cases) {
         std::string args = std::to_string(station) + ", cycle: " + std::to_string(cycle);
         SCOPED_TRACE(args);
@@ -157,7 +137,7 @@ TEST_P(Factory, SignatureDataReachesTheServiceAsLowerCaseHexOfKind11) {
     // every digit in both places, and bytes above 0x7f that a signed char would widen
     const std::vector<uint8_t> bytes = {0x01, 0x23, 0x45, 0x67, 0x89, 0xab, 0xcd, 0xef,
                                         0xfe, 0xdc, 0xba, 0x98, 0x76, 0x54, 0x32, 0x10};
-    Check(Int("getVerifySignatureResultNative", "([B)I", JBytes(bytes)), "3",
+    Check(Bind("getVerifySignatureResultNative", "([B)I", JBytes(bytes)), "3",
           "factory.setFactoryInfo(11, \"0123456789abcdeffedcba9876543210\")", "3",
           {Line(D, "GetVerifySignatureResult, ret: 3")});
     EXPECT_EQ(CallInt("getVerifySignatureResultNative", "([B)I", JBytes({})), -1);
@@ -185,7 +165,7 @@ TEST_P(Factory, RecordsTravelInReadingOrderWithoutTheBsnInTheLog) {
         {"mFirmware", "fw1"},    {"mDescription", "ok"}};
     for (const auto& [field, text] : texts) SetStringField(value, field, text);
     Check(
-        Int("sendBigDataValueNative", kSendValue, value), "41",
+        Bind("sendBigDataValueNative", kSendValue, value), "41",
         "factory.sendBigDataValue({version: 2, dataSource: 3, eventCount: 1, events: [{errorCode: "
         "4, itemId: 5, cycle: 6, result: \"\", station: \"st\", bsn: \"sn-77\", time: "
         "\"09:41\", deviceName: \"dev\", testName: \"tn\", value: \"3.3\", thresholdMin: "
@@ -204,7 +184,7 @@ TEST_P(Factory, RecordsTravelInReadingOrderWithoutTheBsnInTheLog) {
     SetStringField(operation, "mBsn", "B1");
     SetStringField(operation, "mStation", "S1");
     SetIntField(operation, "mCycle", 4);
-    Check(Int("sendBigDataOperationNative", kSendOperation, operation), "-9",
+    Check(Bind("sendBigDataOperationNative", kSendOperation, operation), "-9",
           "factory.sendBigDataOperation({version: 1, commandId: 2, operation: 3, cycle: 4, "
           "station: \"S1\", bsn: \"B1\"})",
           "-9",
@@ -221,13 +201,13 @@ TEST_P(Factory, RecordsTravelInReadingOrderWithoutTheBsnInTheLog) {
                          "-1; station: ; cycle: -1; deviceName: ; testName: ; value: ; "
                          "minThreshold: ; maxThreshold: ; result: ; time: ; firmware: ; "
                          "description: "));
-    Check(Int("sendBigDataValueNative", kSendValue, jobject{}), "7",
+    Check(Bind("sendBigDataValueNative", kSendValue, jobject{}), "7",
           "factory.sendBigDataValue({version: -1, dataSource: -1, eventCount: 1, events: "
           "[{errorCode: -1, itemId: -1, cycle: -1, result: \"\", station: \"\", bsn: \"\", time: "
           "\"\", deviceName: \"\", testName: \"\", value: \"\", thresholdMin: \"\", "
           "thresholdMax: \"\", firmware: \"\", description: \"\"}]})",
           "7", lines);
-    Check(Int("sendBigDataOperationNative", kSendOperation, jobject{}), "8",
+    Check(Bind("sendBigDataOperationNative", kSendOperation, jobject{}), "8",
           "factory.sendBigDataOperation({version: -1, commandId: -1, operation: -1, cycle: -1, "
           "station: \"\", bsn: \"\"})",
           "8",

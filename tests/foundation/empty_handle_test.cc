@@ -1,54 +1,28 @@
 // With every service gone, each of the 52 natives answers its failure value and writes exactly
 // its own lines, without touching a service or raising a Java exception.
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <functional>
-#include <string>
-
-#include "jvm_harness.h"
+#include "device_test.h"
 
 namespace {
 
 using kxtest::JStr;
-using kxtest::LogLine;
-using Lines = std::vector<LogLine>;
+using kxtest::Lines;
 
 struct Case {
     const char* method;
-    std::function<std::string()> call;
+    kxtest::Native call;
     std::string result;
     Lines lines;
 };
 
-// Calls a native and shows its answer as text, choosing the JNI call by the result type.
-template <typename... A>
-std::string Show(const char* method, const char* signature, A... args) {
-    switch (std::strchr(signature, ')')[1]) {
-        case 'I':
-            return std::to_string(kxtest::CallInt(method, signature, args...));
-        case 'J':
-            return std::to_string(kxtest::CallLong(method, signature, args...));
-        case 'Z':
-            return kxtest::CallBool(method, signature, args...) ? "true" : "false";
-        case '[':
-            return kxtest::CallIntArray(method, signature, args...) ? "array" : "null";
-        default: {
-            std::optional<std::string> s = kxtest::CallString(method, signature, args...);
-            return s ? "\"" + *s + "\"" : "null";
-        }
-    }
-}
-
 template <typename... A>
 Case Row(const char* method, const char* signature, const char* result, Lines lines, A... args) {
-    return {method, [=] { return Show(method, signature, args...); }, result, std::move(lines)};
+    return {method, kxtest::Bind(method, signature, args...), result, std::move(lines)};
 }
 
 Lines Null(const std::string& function, const std::string& handle) {
-    return {{6, "KxMMITest_jni: " + function + " fail, " + handle + " is null"}};
+    return {kxtest::Line(kxtest::E, function + " fail, " + handle + " is null")};
 }
-Lines Own(const std::string& text) { return {{6, "KxMMITest_jni: " + text}}; }
+Lines Own(const std::string& text) { return {kxtest::Line(kxtest::E, text)}; }
 
 std::vector<Case> Cases() {
     const char *F = "g_kxFactoryInterface", *T = "g_kxTouchScreen", *S = "g_kxSensors";
@@ -73,7 +47,7 @@ std::vector<Case> Cases() {
             Null("CheckTpPressureCalibPosition", T), 1, 2, 3),
         Row("isFactoryVersionNative", "()Z", "false",
             Own("IsFactoryVersion failse, g_kxFactoryInterface is null")),
-        Row("getManufactureFileNameNative", kStr, "\"\"", Null("GetManufactureFileName", F)),
+        Row("getManufactureFileNameNative", kStr, "", Null("GetManufactureFileName", F)),
         Row("releaseFactoryHidlResourceNative", "()I", "-1", Null("ReleaseFactoryHidlResource", F)),
         Row("setMmiResultNative", "(II)I", "-1", Null("SetMmiTestResult", F), 1, 2),
         Row("getCapacitanceTestResultNative", "()I", "-1", Null("GetCapacitanceTestResult", T)),
@@ -82,7 +56,7 @@ std::vector<Case> Cases() {
         Row("getTouchKeySupportFlagNative", "()I", "-1",
             Own("GetTouchKeySupportState invalid, g_kxOtherdevices is null")),
         Row("getCapacitanceCalibrateResultNative", "(I)Ljava/lang/String;",
-            "\"Capacitance Calibrate Failed\"", Null("GetCapacitanceCalibrateResult", T), 1),
+            "Capacitance Calibrate Failed", Null("GetCapacitanceCalibrateResult", T), 1),
         Row("getSensorCalibrateDelayTimeNative", "(I)I", "-1",
             Null("GetSensorCalibrateDelayTime", S), 1),
         Row("getSensorSelfTestDelayTimeNative", "(I)I", "-1", Null("GetSensorSelfTestDelayTime", S),
@@ -93,10 +67,10 @@ std::vector<Case> Cases() {
         Row("getSensorSelfTestResultNative", "(I)I", "-1", Null("GetSensorSelfTestResult", S), 1),
         Row("setLightBrightnessNative", "(II)I", "-1", Null("SetLightBrightness", "g_kxLight"), 1,
             2),
-        Row("getBsnNative", kStr, "\"\"", Null("GetBsn", F)),
-        Row("getPowerStateNative", "(Ljava/lang/String;)Ljava/lang/String;", "\"\"",
+        Row("getBsnNative", kStr, "", Null("GetBsn", F)),
+        Row("getPowerStateNative", "(Ljava/lang/String;)Ljava/lang/String;", "",
             Null("GetPowerState", P), JStr("battery")),
-        Row("getSensorCalibrateTypeNative", "(I)Ljava/lang/String;", "\"\"",
+        Row("getSensorCalibrateTypeNative", "(I)Ljava/lang/String;", "",
             Null("GetSensorCalibrateType", S), 1),
         Row("sendBigDataOperationNative", "(Lcom/tavrin/mmitest/model/BigDataOperation;)I", "-1",
             Own("SendBigDataOperation fail, env or g_kxFactoryInterface is null"),
@@ -106,14 +80,14 @@ std::vector<Case> Cases() {
             kxtest::NewModel("BigDataValue")),
         Row("checkUsbSpeedNative", "(Ljava/lang/String;)I", "-1", Null("CheckUsbSpeed", P),
             JStr("usb")),
-        Row("getMmiAutoStartFlagNative", kStr, "\"\"", Null("GetMmiAutoStartFlag", F)),
+        Row("getMmiAutoStartFlagNative", kStr, "", Null("GetMmiAutoStartFlag", F)),
         Row("disableMmiAutoStartNative", "(Ljava/lang/String;)I", "-1",
             Null("SetMMIAutoStartFlag", F), JStr("0")),
         Row("getCompassRawValueLimitNative", "()I", "-1", Null("GetCompassRawValueLimit", S)),
-        Row("getManufactureStationFlagNative", "(I)Ljava/lang/String;", "\"\"",
+        Row("getManufactureStationFlagNative", "(I)Ljava/lang/String;", "",
             Null("GetManufactureStationFlag", F), 3),
         Row("setTestCycleNative", "(II)I", "-1",
-            {{3, "KxMMITest_jni: SetTestCycle, stationID: 7, cycle: 3"},
+            {kxtest::Line(kxtest::D, "SetTestCycle, stationID: 7, cycle: 3"),
              Null("SetTestCycle", V)[0]},
             7, 3),
         Row("getManufactureModeNative", "()I", "-1",
@@ -124,24 +98,24 @@ std::vector<Case> Cases() {
             Null("SetPowerState", P), JStr("scene"), JStr("p")),
         Row("getMmiDeviceFeaturesCheckResultNative", "(I)I", "-1",
             Null("GetMmiDeviceFeaturesCheckResult", F), 1),
-        Row("getOeminfoNative", "(III)Ljava/lang/String;", "\"\"", Null("GetOeminfo", V), 1, 2, 3),
+        Row("getOeminfoNative", "(III)Ljava/lang/String;", "", Null("GetOeminfo", V), 1, 2, 3),
         Row("sensorActivateNative", "(IZI)Z", "false", Null("SensorActivate", S), 5, JNI_TRUE, 200),
         Row("getFlickerFrequencyNative", "(I)I", "-1", Null("GetFlickerFrequency", S), 1),
-        Row("handleSensorParameterNative", "(IIII)Ljava/lang/String;", "\"\"",
+        Row("handleSensorParameterNative", "(IIII)Ljava/lang/String;", "",
             Null("HandleSensorParameter", N), 1, 2, 3, 4),
-        Row("handleAmbientLightParameterNative", "(IIII)[I", "null",
+        Row("handleAmbientLightParameterNative", "(IIII)[I", "<null>",
             Null("HandleAmbientLightParameter", N), 1, 2, 3, 4),
         Row("setTouchScreenFeatureConfigNative", "(ILjava/lang/String;)I", "-1",
             Null("SetTouchScreenFeatureConfig", T), 1, JStr("cfg")),
-        Row("getScreenFpsConfigNative", kStr, "\"FAILED:getDisplayFpsConfig\"",
+        Row("getScreenFpsConfigNative", kStr, "FAILED:getDisplayFpsConfig",
             Null("GetScreenFpsConfig", "g_kxDisplay")),
         Row("setScreenFpsNative", "(I)Z", "false", Null("SetScreenFps", "g_kxDisplay"), 2),
         Row("getVerifySignatureResultNative", "([B)I", "-1", Null("GetVerifySignatureResult", F),
             kxtest::JBytes({1, 2})),
         Row("setMockCardTestModeNative", "(Ljava/lang/String;)I", "-1",
             Null("SetZqCardTestMode", F), JStr("1")),
-        Row("getMockCardTestResultNative", kStr, "\"\"", Null("GetZqCardTestResult", F)),
-        Row("getRotaryCrownSelfTestNative", kStr, "\"\"", Null("GetRotateCrownTestResult", T)),
+        Row("getMockCardTestResultNative", kStr, "", Null("GetZqCardTestResult", F)),
+        Row("getRotaryCrownSelfTestNative", kStr, "", Null("GetRotateCrownTestResult", T)),
         Row("executeHighTemperInterceptCmdNative", "(Ljava/lang/String;Ljava/lang/String;)I", "-1",
             Own("ExecuteHighTemperInterceptCmd fail, mIKxFactoryInterface is null"), JStr("scene"),
             JStr("p")),

@@ -22,16 +22,7 @@ using kxtest::LogLine;
 using kxtest::W;
 using simdevice::Service;
 
-const std::vector<LogLine> kConnectLines = {
-    {D, "KxMMITest_jni: InitMmiNativeManager"},
-    {D, "KxMMITest_jni: g_kxFactoryInterface linkToDeath"},
-    {D, "KxMMITest_jni: g_kxDisplay linkToDeath"},
-    {D, "KxMMITest_jni: g_kxTouchScreen linkToDeath"},
-    {D, "KxMMITest_jni: g_kxSensors linkToDeath"},
-    {D, "KxMMITest_jni: g_kxPower linkToDeath"},
-    {D, "g_kxLight linkToDeath"},
-    {D, "KxMMITest_jni: g_kxOtherdevices linkToDeath"},
-};
+const std::vector<LogLine> kConnectLines = kxtest::ConnectLines();
 
 // The lines of a death report: the service's cookie, then the release of every handle.
 std::vector<LogLine> Died(uint64_t cookie) {
@@ -89,7 +80,7 @@ class Registry : public kxtest::DeviceTest {
   protected:
     void TearDown() override {
         kxtest::Device().Reset();
-        Symbol<void (*)()>("_Z20InitMmiNativeManagerv")();
+        kxtest::Connect();
         kxtest::WaitIdle();
     }
 };
@@ -118,7 +109,7 @@ TEST_F(Registry, UnloadReleasesTheHandlesAndKeepsWatching) {
     const std::vector<LogLine> released = {{D, "KxMMITest_jni: ExitMmiNativeManager"}};
     Symbol<void (*)(JavaVM*, void*)>("JNI_OnUnload")(kxtest::Vm(), nullptr);
     EXPECT_EQ(kxtest::TakeLogs(), released);
-    Symbol<void (*)()>("_Z20ExitMmiNativeManagerv")();
+    kxtest::Release();
     EXPECT_EQ(kxtest::TakeLogs(), released);
     EXPECT_EQ(PowerState(), "");
     kxtest::TakeLogs();
@@ -159,13 +150,12 @@ TEST_F(Registry, ReconnectPassWaitsForADeadDeclaredServiceWhileNativesAnswer) {
     kxtest::WaitIdle();
     EXPECT_NE(PowerState(), "");
     std::vector<LogLine> lines = kxtest::TakeLogs();
-    auto at = [&](const LogLine& l) {
-        return std::find(lines.begin(), lines.end(), l) - lines.begin();
-    };
     // The light's pass goes on to connect power itself, before power's own report reconnects.
-    EXPECT_LT(at(kConnectLines[5]), at({W,
-                                        "KxMMITest_jni: ReinitHal, fqName:vendor.tavrin.hardware."
-                                        "power@1.0::IKXPower, name:default, isPreexisting:0"}));
+    EXPECT_LT(kxtest::IndexOf(lines, kConnectLines[5]),
+              kxtest::IndexOf(lines, kxtest::Line(W,
+                                                  "ReinitHal, fqName:vendor.tavrin.hardware."
+                                                  "power@1.0::IKXPower, name:default, "
+                                                  "isPreexisting:0")));
 }
 
 template <kxmmi::Service S>
@@ -206,7 +196,7 @@ TEST_F(Registry, EachRowLinksWithItsCookieAndReleaseUnlinksEveryHandle) {
         reconnect(s);
         sp<IBase> held = kProxies.at(s)();
         ASSERT_NE(held, nullptr);
-        Symbol<void (*)()>("_Z20ExitMmiNativeManagerv")();
+        kxtest::Release();
         kxtest::TakeLogs();
         ASSERT_TRUE(kxtest::Device().Kill(s));
         kxtest::WaitIdle();

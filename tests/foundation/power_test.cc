@@ -1,38 +1,18 @@
 // Power state and USB speed through the power service.
-#include <gtest/gtest.h>
-
 #include <tuple>
 
 #include "device_test.h"
-#include "jvm_harness.h"
 
+namespace kxtest {
 namespace {
 
-using kxtest::JStr;
-using kxtest::LogLine;
-using simdevice::Service;
-
-using kxtest::D;
-using kxtest::E;
 constexpr const char* kGetState = "(Ljava/lang/String;)Ljava/lang/String;";
 constexpr const char* kSetState = "(Ljava/lang/String;Ljava/lang/String;)I";
-constexpr const char* kUsb = "(Ljava/lang/String;)I";
 
-class Power : public kxtest::DeviceTest {
-  protected:
-    static void Answer(const char* operation, const char* answer) {
-        DeviceTest::Answer(Service::kPower, operation, std::string(answer));
-    }
-};
-
-struct StateCase {
-    const char* answer;
-    std::string result;
-    std::string line;
-};
+class Power : public DeviceTest {};
 
 TEST_F(Power, GetPowerStateKeepsTheInfoOnlyForASuccessfulQuery) {
-    const StateCase cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"0,\"charging 87%\"", "charging 87%", "result code: 0, result info: charging 87%"},
         {"5,\"charging 87%\"", "", "result code: 5, result info: "},
         {"-2,\"gone\"", "", "result code: -2, result info: "},
@@ -47,57 +27,40 @@ TEST_F(Power, GetPowerStateKeepsTheInfoOnlyForASuccessfulQuery) {
          "result code: 0, result info: A\xFF"
          "B"},
     };
-    for (const StateCase& c : cases) {
-        SCOPED_TRACE(c.answer);
-        Answer("getPowerState", c.answer);
-        EXPECT_EQ(kxtest::CallString("getPowerStateNative", kGetState, JStr("battery")), c.result);
-        EXPECT_EQ(kxtest::TakeLogs(),
-                  (std::vector<LogLine>{{D, "KxMMITest_jni: GetPowerState, " + c.line}}));
-        EXPECT_EQ(Calls(), (std::vector<std::string>{"power.getPowerState(\"battery\")"}));
+    for (const auto& [answer, result, line] : cases) {
+        Check(Bind("getPowerStateNative", kGetState, JStr("battery")), answer,
+              "power.getPowerState(\"battery\")", result, {Line(D, "GetPowerState, " + line)});
     }
 }
 
-TEST_F(Power, SetPowerStatePassesSceneThenParameterAndLogsAtErrorPriority) {
-    for (int result : {0, 3, -7}) {
-        Answer("setPowerState", std::to_string(result).c_str());
-        EXPECT_EQ(kxtest::CallInt("setPowerStateNative", kSetState, JStr("aging"), JStr("on")),
-                  result);
-        EXPECT_EQ(kxtest::TakeLogs(),
-                  (std::vector<LogLine>{{E,
-                                         "KxMMITest_jni: SetPowerState, testScene:aging, "
-                                         "para:on, result:" +
-                                             std::to_string(result)}}));
-        EXPECT_EQ(Calls(), (std::vector<std::string>{"power.setPowerState(\"aging\", \"on\")"}));
+TEST_F(Power, SetPowerStateAndUsbSpeedPassTheirTextsAndReturnTheCode) {
+    for (int code : {0, 3, -7}) {
+        Check(Bind("setPowerStateNative", kSetState, JStr("aging"), JStr("on")),
+              std::to_string(code), "power.setPowerState(\"aging\", \"on\")", std::to_string(code),
+              {Line(E, "SetPowerState, testScene:aging, para:on, result:" + std::to_string(code))});
+    }
+    // The scene goes with three empty texts; the info is only logged.
+    const std::tuple<const char*, int, const char*> cases[] = {
+        {"0,\"USB3.0\"", 0, "USB3.0"}, {"-9,\"no link\"", -9, "no link"}, {"nocallback", -1, ""}};
+    for (const auto& [answer, code, info] : cases) {
+        Check(Bind("checkUsbSpeedNative", "(Ljava/lang/String;)I", JStr("otg")), answer,
+              "power.checkUsbSpeed(\"otg\", \"\", \"\", \"\")", std::to_string(code),
+              {Line(D, "CheckUsbSpeed, scene: otg, resultCode: " + std::to_string(code) +
+                           ", resultInfo: " + info)});
     }
 }
 
 // Characters go back in the order they were taken, and before the result string is made.
 TEST_F(Power, StringCallsReleaseInTheOrderTakenBeforeTheResultIsMade) {
-    using Trace = std::vector<kxtest::StringCall>;
-    Answer("getPowerState", "0,\"full\"");
-    kxtest::TraceStringCalls(true);
-    EXPECT_EQ(kxtest::CallString("getPowerStateNative", kGetState, JStr("battery")), "full");
-    EXPECT_EQ(kxtest::TakeStringCalls(),
-              (Trace{{'G', "battery"}, {'R', "battery"}, {'N', "full"}}));
-    EXPECT_EQ(kxtest::CallInt("setPowerStateNative", kSetState, JStr("aging"), JStr("on")), 0);
-    EXPECT_EQ(kxtest::TakeStringCalls(),
-              (Trace{{'G', "aging"}, {'G', "on"}, {'R', "aging"}, {'R', "on"}}));
-    kxtest::TraceStringCalls(false);
-}
-
-TEST_F(Power, CheckUsbSpeedSendsTheSceneWithThreeEmptyTextsAndReturnsTheCode) {
-    const std::tuple<const char*, int, const char*> cases[] = {
-        {"0,\"USB3.0\"", 0, "USB3.0"}, {"-9,\"no link\"", -9, "no link"}, {"nocallback", -1, ""}};
-    for (const auto& [answer, code, info] : cases) {
-        SCOPED_TRACE(answer);
-        Answer("checkUsbSpeed", answer);
-        EXPECT_EQ(kxtest::CallInt("checkUsbSpeedNative", kUsb, JStr("otg")), code);
-        EXPECT_EQ(kxtest::TakeLogs(), (std::vector<LogLine>{kxtest::Line(
-                                          D, "CheckUsbSpeed, scene: otg, resultCode: " +
-                                                 std::to_string(code) + ", resultInfo: " + info)}));
-        EXPECT_EQ(Calls(),
-                  (std::vector<std::string>{"power.checkUsbSpeed(\"otg\", \"\", \"\", \"\")"}));
-    }
+    using Trace = std::vector<StringCall>;
+    Answer(simdevice::Service::kPower, "getPowerState", "0,\"full\"");
+    TraceStringCalls(true);
+    EXPECT_EQ(CallString("getPowerStateNative", kGetState, JStr("battery")), "full");
+    EXPECT_EQ(TakeStringCalls(), (Trace{{'G', "battery"}, {'R', "battery"}, {'N', "full"}}));
+    EXPECT_EQ(CallInt("setPowerStateNative", kSetState, JStr("aging"), JStr("on")), 0);
+    EXPECT_EQ(TakeStringCalls(), (Trace{{'G', "aging"}, {'G', "on"}, {'R', "aging"}, {'R', "on"}}));
+    TraceStringCalls(false);
 }
 
 }  // namespace
+}  // namespace kxtest

@@ -22,8 +22,7 @@ long CallAndAudit(int i, int set, const std::string& what) {
     CallNative(i, set);
     kxtest::Loans loans = kxtest::TakeLoans();
     for (const std::string& fault : loans.faults) ADD_FAILURE() << what << ": " << fault;
-    kxtest::TakeLogs();
-    kxtest::Device().TakeCalls();
+    kxtest::Forget();
     return loans.obtained;
 }
 
@@ -80,17 +79,9 @@ TEST(JniLoans, EveryNativeGivesBackWhatItBorrowedWhateverTheService) {
 }
 
 const char* CallName(JniCall call) {
-    switch (call) {
-        case JniCall::kStringChars:
-            return "GetStringUTFChars";
-        case JniCall::kArrayElements:
-            return "Get<Type>ArrayElements";
-        case JniCall::kNewString:
-            return "NewStringUTF";
-        case JniCall::kNewIntArray:
-            return "NewIntArray";
-    }
-    return "?";
+    static const char* const kNames[] = {"GetStringUTFChars", "Get<Type>ArrayElements",
+                                         "NewStringUTF", "NewIntArray"};
+    return kNames[static_cast<int>(call)];
 }
 
 constexpr int kEvery = -1;         // every call of the kind fails, not one

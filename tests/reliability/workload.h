@@ -72,13 +72,7 @@ inline std::vector<std::string> TakeErrors() {
     return texts;
 }
 
-// Connects afresh with the library's own routine (as a registration report runs it), then empties
-// the log and the call record.
-inline void Reconnect() {
-    kxtest::Connect();
-    kxtest::TakeLogs();
-    kxtest::Device().TakeCalls();
-}
+using kxtest::Reconnect;
 
 // Every service registered with its default answers and connected afresh, log and record empty.
 inline void HealthyDevice() {
@@ -115,8 +109,7 @@ struct Oracle {
             SetAllAlive(true);
             for (int i = 0; only && i < kMethods; ++i) older.push_back(CallNative(i));
         }
-        kxtest::TakeLogs();
-        kxtest::Device().TakeCalls();
+        kxtest::Forget();
     }
 };
 

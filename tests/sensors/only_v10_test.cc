@@ -11,8 +11,7 @@ TEST(OnlyV10, NewerOperationsAnswerTheirNoViewValues) {
     ASSERT_TRUE(Device().SetOnlyV10(Service::kSensors, true));
     ASSERT_TRUE(Device().SetOnlyV10(Service::kDisplay, true));
     Manager();
-    TakeLogs();
-    Device().TakeCalls();
+    Forget();
 
     EXPECT_EQ(CallString("handleSensorParameterNative", "(IIII)Ljava/lang/String;", 1, 2, 3, 4),
               "");

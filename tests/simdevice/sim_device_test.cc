@@ -14,6 +14,7 @@
 #include <future>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -29,6 +30,14 @@ using Factory = ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::IKxFactory
 using ::vendor::tavrin::hardware::kxfactoryinterface::V1_0::FmdOperation;
 
 sp<Sensors11> V11(const sp<Sensors10>& sensors) { return Sensors11::castFrom(sensors); }
+
+// A device started on a service manager of its own.
+std::unique_ptr<SimDevice> Started() {
+    ::android::hardware::details::resetServiceManager();
+    auto device = std::make_unique<SimDevice>();
+    device->Start();
+    return device;
+}
 
 // Every wait here ends within this, and fails saying what it waited for.
 constexpr std::chrono::milliseconds kBound{10000};
@@ -164,9 +173,7 @@ TEST(AnswerGrammar, ExamplesAndKeywordsReadAsDescribed) {
 // Calls keep their arguments as values: records field by field, vectors whole; the text shows
 // long vectors shortened.
 TEST(SimDevice, CallsKeepTypedArguments) {
-    ::android::hardware::details::resetServiceManager();
-    SimDevice device;
-    device.Start();
+    const auto device = Started();
     sp<Factory> factory = Factory::getService("kxfactoryinterface_hal");
     sp<Sensors10> sensors = Sensors10::getService("default");
     ASSERT_TRUE(factory && sensors);
@@ -175,7 +182,7 @@ TEST(SimDevice, CallsKeepTypedArguments) {
     std::vector<int32_t> raw(40);
     for (size_t i = 0; i < raw.size(); ++i) raw[i] = static_cast<int32_t>(i);
     EXPECT_TRUE(sensors->setApPressureCalibrationExtern(7, -1, raw).isOk());
-    std::vector<Call> calls = device.TakeCalls();
+    std::vector<Call> calls = device->TakeCalls();
     ASSERT_EQ(calls.size(), 2u);
     const ArgRecord& record = std::get<ArgRecord>(calls[0].args.at(0).value);
     ASSERT_EQ(record.size(), 6u);
@@ -196,22 +203,20 @@ struct Recipient : ::android::hardware::hidl_death_recipient {
 
 // Linked follows the client's death link, not the registration alone.
 TEST(SimDevice, LinkedFollowsTheClientsDeathLink) {
-    ::android::hardware::details::resetServiceManager();
-    SimDevice device;
-    device.Start();
+    const auto device = Started();
     sp<Power> power = Power::getService("default");
     ASSERT_NE(power, nullptr);
-    EXPECT_FALSE(device.Linked(Service::kPower)) << "registered, but nobody linked";
+    EXPECT_FALSE(device->Linked(Service::kPower)) << "registered, but nobody linked";
     sp<Recipient> recipient = new Recipient();
     ASSERT_TRUE(power->linkToDeath(recipient, 7).isOk());
-    EXPECT_TRUE(device.Linked(Service::kPower));
-    EXPECT_FALSE(device.Linked(Service::kLight));
+    EXPECT_TRUE(device->Linked(Service::kPower));
+    EXPECT_FALSE(device->Linked(Service::kLight));
     ASSERT_TRUE(power->unlinkToDeath(recipient).isOk());
-    EXPECT_FALSE(device.Linked(Service::kPower));
+    EXPECT_FALSE(device->Linked(Service::kPower));
     ASSERT_TRUE(power->linkToDeath(recipient, 7).isOk());
-    ASSERT_TRUE(device.Kill(Service::kPower));
-    EXPECT_FALSE(device.Linked(Service::kPower)) << "a dead registration holds no link";
-    ASSERT_TRUE(device.Revive(Service::kPower));
+    ASSERT_TRUE(device->Kill(Service::kPower));
+    EXPECT_FALSE(device->Linked(Service::kPower)) << "a dead registration holds no link";
+    ASSERT_TRUE(device->Revive(Service::kPower));
     ASSERT_IDLE();
 }
 
@@ -234,24 +239,22 @@ TEST(LogCapture, LinesKeepPriorityTagAndTextWithoutTheNewline) {
 }
 
 TEST(SimDevice, TransportErrorFailsTheCallWithoutItsCallback) {
-    ::android::hardware::details::resetServiceManager();
-    SimDevice device;
-    device.Start();
+    const auto device = Started();
     sp<Power> power = Power::getService("default");
     sp<Sensors10> sensors = Sensors10::getService("default");
     ASSERT_TRUE(power && sensors);
     std::string error;
-    ASSERT_TRUE(device.Program(Service::kPower, "getPowerState", "transport-error", &error));
-    ASSERT_TRUE(device.Program(Service::kPower, "checkUsbSpeed", "nocallback", &error));
+    ASSERT_TRUE(device->Program(Service::kPower, "getPowerState", "transport-error", &error));
+    ASSERT_TRUE(device->Program(Service::kPower, "checkUsbSpeed", "nocallback", &error));
     ASSERT_TRUE(
-        device.Program(Service::kSensors, "getCompassRawValueLimit", "transport-error", &error));
+        device->Program(Service::kSensors, "getCompassRawValueLimit", "transport-error", &error));
     int callbacks = 0;
     EXPECT_FALSE(power->getPowerState("q", [&](auto&&...) { ++callbacks; }).isOk());
     EXPECT_TRUE(power->checkUsbSpeed("s", "", "", "", [&](auto&&...) { ++callbacks; }).isOk());
     EXPECT_FALSE(sensors->getCompassRawValueLimit().isOk());
     EXPECT_EQ(callbacks, 0);
-    EXPECT_EQ(device.TakeCalls().size(), 3u);  // they reached the services, which stay alive
-    EXPECT_TRUE(device.IsRegistered(Service::kPower));
+    EXPECT_EQ(device->TakeCalls().size(), 3u);  // they reached the services, which stay alive
+    EXPECT_TRUE(device->IsRegistered(Service::kPower));
 }
 
 TEST(SimDevice, DeadServiceRecordsNothingAndResetRenewsOnlyV10) {
@@ -291,7 +294,8 @@ long MsSince(Clock::time_point start) {
 }
 
 // A lookup of an undeclared service answers at once; one of a declared service that is late or
-// down waits, and ends the moment the service registers, however long the wait has run.
+// down waits, and ends the moment the service registers, however long the wait has run, or when
+// a revival set for later comes.
 TEST(SimDevice, LookupsWaitForDeclaredServicesUntilTheyRegister) {
     ::android::hardware::details::resetServiceManager();
     SimDevice device;
@@ -313,20 +317,33 @@ TEST(SimDevice, LookupsWaitForDeclaredServicesUntilTheyRegister) {
     ASSERT_EQ(lookup.wait_for(kBound), std::future_status::ready) << device.WaitingFor();
     EXPECT_NE(lookup.get(), nullptr);
     EXPECT_LT(MsSince(start), 200) << "the wait outlasted the registration";
+
+    // ReviveAfter returns at once and the service registers later; the waits know it is coming.
+    EXPECT_FALSE(device.ReviveAfter(Service::kPower, 100)) << "it is registered";
+    ASSERT_TRUE(device.Kill(Service::kPower));
+    start = Clock::now();
+    ASSERT_TRUE(device.ReviveAfter(Service::kPower, 300));
+    EXPECT_EQ(device.PendingRegistrations(), std::vector<Service>{Service::kPower});
+    EXPECT_NE(device.WaitingFor().find("power to register in"), std::string::npos)
+        << device.WaitingFor();
+    auto late = std::async(std::launch::async, [] { return Power::getService("default"); });
+    ASSERT_EQ(late.wait_for(kBound), std::future_status::ready) << device.WaitingFor();
+    EXPECT_NE(late.get(), nullptr);
+    EXPECT_GE(MsSince(start), 300);
+    ASSERT_RESTARTED(device);
+    EXPECT_TRUE(device.PendingRegistrations().empty());
     ASSERT_IDLE();
 }
 
 // A crash fails the call with a dead transport and kills the service, which registers again after
-// the restart delay; with a negative delay it stays down.
+// the restart delay; with a negative delay it stays down, until a reset restores the default.
 TEST(SimDevice, CrashKillsTheServiceAndItRestartsAfterTheDelay) {
-    ::android::hardware::details::resetServiceManager();
-    SimDevice device;
-    device.Start();
-    device.SetRestartDelay(200);
+    const auto device = Started();
+    device->SetRestartDelay(200);
     sp<Power> power = Power::getService("default");
-    ASSERT_TRUE(device.Program(Service::kPower, "getPowerState", "crash", nullptr));
-    ASSERT_TRUE(device.Program(Service::kPower, "setPowerState", " crash ", nullptr));
-    EXPECT_EQ(device.CurrentAnswer(Service::kPower, "setPowerState")->ToString(), "crash");
+    ASSERT_TRUE(device->Program(Service::kPower, "getPowerState", "crash", nullptr));
+    ASSERT_TRUE(device->Program(Service::kPower, "setPowerState", " crash ", nullptr));
+    EXPECT_EQ(device->CurrentAnswer(Service::kPower, "setPowerState")->ToString(), "crash");
     int callbacks = 0;
     Clock::time_point start = Clock::now();
     ::android::hardware::Return<void> crashed =
@@ -334,35 +351,39 @@ TEST(SimDevice, CrashKillsTheServiceAndItRestartsAfterTheDelay) {
     EXPECT_TRUE(Dead(crashed));
     EXPECT_EQ(crashed.description(), "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '");
     EXPECT_EQ(callbacks, 0);
-    EXPECT_FALSE(device.IsRegistered(Service::kPower));
+    EXPECT_FALSE(device->IsRegistered(Service::kPower));
     EXPECT_TRUE(Dead(power->setPowerState("s", "p"))) << "the old proxy stays dead";
-    ASSERT_RESTARTED(device);
+    ASSERT_RESTARTED(*device);
     EXPECT_GE(MsSince(start), 200);
-    EXPECT_TRUE(device.IsRegistered(Service::kPower));
-    device.SetRestartDelay(-1);
+    EXPECT_TRUE(device->IsRegistered(Service::kPower));
+    device->SetRestartDelay(-1);
     power = Power::getService("default");
     EXPECT_TRUE(Dead(power->setPowerState("s", "p"))) << "the crash answer stays";
-    EXPECT_EQ(device.TakeCalls().size(), 2u);  // the dead proxy's call never arrived
-    ASSERT_RESTARTED(device);                  // nothing to wait for: it stays down
-    EXPECT_FALSE(device.IsRegistered(Service::kPower));
-    device.SetRestartDelay(0);
-    ASSERT_TRUE(device.Revive(Service::kPower));
-    ASSERT_IDLE();
+    EXPECT_EQ(device->TakeCalls().size(), 2u);  // the dead proxy's call never arrived
+    ASSERT_RESTARTED(*device);                  // nothing to wait for: it stays down
+    EXPECT_FALSE(device->IsRegistered(Service::kPower));
+    // A reset brings the default delay back.
+    device->Reset();
+    ASSERT_TRUE(device->Program(Service::kPower, "setPowerState", "crash", nullptr));
+    start = Clock::now();
+    EXPECT_TRUE(Dead(Power::getService("default")->setPowerState("s", "p")));
+    EXPECT_EQ(device->PendingRegistrations(), std::vector<Service>{Service::kPower});
+    ASSERT_RESTARTED(*device);
+    EXPECT_GE(MsSince(start), SimDevice::kDefaultRestartDelayMs);
+    EXPECT_TRUE(device->IsRegistered(Service::kPower));
 }
 
 // Successive calls take successive answers, the last one holds; a refused sequence changes
 // nothing.
 TEST(SimDevice, AnswerSequencesAdvanceAndTheLastHolds) {
-    ::android::hardware::details::resetServiceManager();
-    SimDevice device;
-    device.Start();
+    const auto device = Started();
     sp<Light> light = Light::getService("default");
     ASSERT_NE(light, nullptr);
     std::string error;
-    ASSERT_TRUE(device.Program(Service::kLight, "setLightBrightness", {"5", "transport-error", "7"},
-                               &error))
+    ASSERT_TRUE(device->Program(Service::kLight, "setLightBrightness",
+                                {"5", "transport-error", "7"}, &error))
         << error;
-    EXPECT_EQ(device.CurrentAnswer(Service::kLight, "setLightBrightness")->ToString(), "5");
+    EXPECT_EQ(device->CurrentAnswer(Service::kLight, "setLightBrightness")->ToString(), "5");
     std::vector<std::string> seen;
     for (int i = 0; i < 4; ++i) {
         ::android::hardware::Return<int32_t> r = light->setLightBrightness(1, 2);
@@ -370,34 +391,32 @@ TEST(SimDevice, AnswerSequencesAdvanceAndTheLastHolds) {
     }
     EXPECT_EQ(seen, (std::vector<std::string>{"5", "failed", "7", "7"}));
     EXPECT_FALSE(
-        device.Program(Service::kLight, "setLightBrightness", {"1", "nocallback"}, &error));
+        device->Program(Service::kLight, "setLightBrightness", {"1", "nocallback"}, &error));
     EXPECT_NE(error.find("answer 2 of 2: light.setLightBrightness answers value"),
               std::string::npos)
         << error;
-    EXPECT_FALSE(device.Program(Service::kLight, "setLightBrightness", {"1", "[x]"}, &error));
+    EXPECT_FALSE(device->Program(Service::kLight, "setLightBrightness", {"1", "[x]"}, &error));
     EXPECT_NE(error.find("answer 2 of 2: column 2"), std::string::npos) << error;
     EXPECT_FALSE(
-        device.Program(Service::kLight, "setLightBrightness", std::vector<std::string>{}, &error));
-    EXPECT_EQ(device.CurrentAnswer(Service::kLight, "setLightBrightness")->ToString(), "7");
-    device.ResetAnswers();
-    EXPECT_EQ(device.CurrentAnswer(Service::kLight, "setLightBrightness")->ToString(), "0");
+        device->Program(Service::kLight, "setLightBrightness", std::vector<std::string>{}, &error));
+    EXPECT_EQ(device->CurrentAnswer(Service::kLight, "setLightBrightness")->ToString(), "7");
+    device->ResetAnswers();
+    EXPECT_EQ(device->CurrentAnswer(Service::kLight, "setLightBrightness")->ToString(), "0");
 }
 
 // A delayed operation answers late, after the call was recorded; other operations and a reset
 // device answer at once.
 TEST(SimDevice, DelayedOperationsAnswerLate) {
-    ::android::hardware::details::resetServiceManager();
-    SimDevice device;
-    device.Start();
+    const auto device = Started();
     sp<Power> power = Power::getService("default");
     ASSERT_NE(power, nullptr);
     std::string error;
-    ASSERT_TRUE(device.SetDelay(Service::kPower, "setPowerState", 1000, &error)) << error;
-    EXPECT_FALSE(device.SetDelay(Service::kPower, "setPower", 300, &error));
+    ASSERT_TRUE(device->SetDelay(Service::kPower, "setPowerState", 1000, &error)) << error;
+    EXPECT_FALSE(device->SetDelay(Service::kPower, "setPower", 300, &error));
     EXPECT_NE(error.find("power has no operation \"setPower\""), std::string::npos) << error;
     Clock::time_point start = Clock::now();
     auto late = std::async(std::launch::async, [&] { return power->setPowerState("s", "p"); });
-    for (int i = 0; i < 100 && device.TakeCalls().empty(); ++i) {
+    for (int i = 0; i < 100 && device->TakeCalls().empty(); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     EXPECT_EQ(late.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout)
@@ -405,65 +424,26 @@ TEST(SimDevice, DelayedOperationsAnswerLate) {
     ASSERT_EQ(late.wait_for(kBound), std::future_status::ready);
     EXPECT_TRUE(late.get().isOk());
     EXPECT_GE(MsSince(start), 1000);
-    ASSERT_TRUE(device.SetDelay(Service::kPower, "setPowerState", 5000, &error));
-    device.Reset();
+    ASSERT_TRUE(device->SetDelay(Service::kPower, "setPowerState", 5000, &error));
+    device->Reset();
     start = Clock::now();
     EXPECT_TRUE(power->setPowerState("s", "p").isOk());
     EXPECT_LT(MsSince(start), 4000) << "the reset left the delay";
-}
-
-// ReviveAfter returns at once and the service registers later, so a lookup waits for it; the
-// waits know it is coming.
-TEST(SimDevice, ReviveAfterRegistersLaterWhileLookupsWait) {
-    ::android::hardware::details::resetServiceManager();
-    SimDevice device;
-    device.Start();
-    EXPECT_FALSE(device.ReviveAfter(Service::kPower, 100)) << "it is registered";
-    ASSERT_TRUE(device.Kill(Service::kPower));
-    Clock::time_point start = Clock::now();
-    ASSERT_TRUE(device.ReviveAfter(Service::kPower, 300));
-    EXPECT_EQ(device.PendingRegistrations(), std::vector<Service>{Service::kPower});
-    EXPECT_NE(device.WaitingFor().find("power to register in"), std::string::npos)
-        << device.WaitingFor();
-    auto lookup = std::async(std::launch::async, [] { return Power::getService("default"); });
-    ASSERT_EQ(lookup.wait_for(kBound), std::future_status::ready) << device.WaitingFor();
-    EXPECT_NE(lookup.get(), nullptr);
-    EXPECT_GE(MsSince(start), 300);
-    ASSERT_RESTARTED(device);
-    EXPECT_TRUE(device.PendingRegistrations().empty());
 }
 
 // A report's handler stuck in a lookup of a killed service (the library's reconnect, as when a
 // test kills one service while another restarts) makes the waits run out, naming the service;
 // they end once it registers.
 TEST(SimDevice, WaitsRunOutNamingWhatTheyWaitFor) {
-    ::android::hardware::details::resetServiceManager();
-    SimDevice device;
-    device.Start();
-    ASSERT_RESTARTED(device);  // nothing to come: at once
-    ASSERT_TRUE(device.Kill(Service::kLight));
+    const auto device = Started();
+    ASSERT_RESTARTED(*device);  // nothing to come: at once
+    ASSERT_TRUE(device->Kill(Service::kLight));
     ::android::hardware::details::postToTransport([] { Light::getService("default"); });
     EXPECT_FALSE(SimDevice::WaitIdle(std::chrono::milliseconds(200)));
-    EXPECT_FALSE(device.WaitRestarts(std::chrono::milliseconds(200)));
-    EXPECT_EQ(device.WaitingFor(), "declared but not registered, so lookups of them wait: light");
-    ASSERT_TRUE(device.Revive(Service::kLight));
+    EXPECT_FALSE(device->WaitRestarts(std::chrono::milliseconds(200)));
+    EXPECT_EQ(device->WaitingFor(), "declared but not registered, so lookups of them wait: light");
+    ASSERT_TRUE(device->Revive(Service::kLight));
     ASSERT_IDLE();
-}
-
-// A crash restarts after the restart delay set for the test; a reset brings the default back.
-TEST(SimDevice, ResetRestoresTheRestartDelay) {
-    ::android::hardware::details::resetServiceManager();
-    SimDevice device;
-    device.Start();
-    device.SetRestartDelay(-1);
-    device.Reset();
-    ASSERT_TRUE(device.Program(Service::kPower, "setPowerState", "crash", nullptr));
-    Clock::time_point start = Clock::now();
-    EXPECT_TRUE(Dead(Power::getService("default")->setPowerState("s", "p")));
-    EXPECT_EQ(device.PendingRegistrations(), std::vector<Service>{Service::kPower});
-    ASSERT_RESTARTED(device);
-    EXPECT_GE(MsSince(start), SimDevice::kDefaultRestartDelayMs);
-    EXPECT_TRUE(device.IsRegistered(Service::kPower));
 }
 
 }  // namespace

@@ -6,14 +6,9 @@
 #include <hidl/HidlTransportSupport.h>
 #include <hidl/HostTransport.h>
 #include <simdevice/sim_device.h>
-#include <vendor/tavrin/hardware/kxdisplay/1.1/IDisplay.h>
 #include <vendor/tavrin/hardware/kxfactoryinterface/1.0/hwtypes.h>
-#include <vendor/tavrin/hardware/kxfactoryinterface/1.1/IKxFactoryInterface.h>
 #include <vendor/tavrin/hardware/light/2.0/ILight.h>
-#include <vendor/tavrin/hardware/otherdevices/1.0/IOtherdevices.h>
 #include <vendor/tavrin/hardware/power/1.0/IKXPower.h>
-#include <vendor/tavrin/hardware/sensors/1.1/ISensors.h>
-#include <vendor/tavrin/hardware/tp/1.0/ITouchscreen.h>
 
 #include <algorithm>
 #include <cstring>
@@ -94,24 +89,11 @@ const std::map<std::string, uint32_t> kPositions = {
     {"otherdevices.getTouchKeySupportState", 2},
 };
 
-struct Interface {
-    const char* v10;  // descriptor of the first version
-    const char* v11;  // of the newer minor version, if any
-};
-
-const std::map<Service, Interface> kDescriptors = {
-    {Service::kFactory,
-     {hw::kxfactoryinterface::V1_0::IKxFactoryInterface::descriptor,
-      hw::kxfactoryinterface::V1_1::IKxFactoryInterface::descriptor}},
-    {Service::kDisplay,
-     {hw::kxdisplay::V1_0::IDisplay::descriptor, hw::kxdisplay::V1_1::IDisplay::descriptor}},
-    {Service::kTouchscreen, {hw::tp::V1_0::ITouchscreen::descriptor, nullptr}},
-    {Service::kSensors,
-     {hw::sensors::V1_0::ISensors::descriptor, hw::sensors::V1_1::ISensors::descriptor}},
-    {Service::kPower, {hw::power::V1_0::IKXPower::descriptor, nullptr}},
-    {Service::kLight, {hw::light::V2_0::ILight::descriptor, nullptr}},
-    {Service::kOtherdevices, {hw::otherdevices::V1_0::IOtherdevices::descriptor, nullptr}},
-};
+// A version of the service's interface by the descriptor its definitions give it; the device's
+// description must name the interfaces the generated code declares.
+std::string Descriptor(Service service, const char* version) {
+    return std::string(Info(service).package) + "@" + version + "::" + Info(service).interface;
+}
 
 template <typename T>
 void WriteRecord(Parcel* data, const T& value) {
@@ -166,19 +148,17 @@ TEST(Transport, EveryListedOperationAnswersAtItsPosition) {
     device.Start();
     size_t checked = 0;
     for (Service service : kAllServices) {
-        const Interface iface = kDescriptors.at(service);
         sp<IBinder> binder = ::android::hardware::details::getServiceBinder(
-            iface.v11 != nullptr ? iface.v11 : iface.v10, InstanceName(service));
+            Descriptor(service, Info(service).versions.back()), InstanceName(service));
         ASSERT_NE(binder, nullptr) << ServiceName(service);
         for (const OperationInfo& op : SimDevice::Operations(service)) {
             const std::string key = std::string(ServiceName(service)) + "." + op.name;
             SCOPED_TRACE(key);
             ASSERT_EQ(kPositions.count(key), 1u);
             const uint32_t position = kPositions.at(key);
-            const bool newer = std::strcmp(op.version, "1.1") == 0;
             Parcel data;
             Parcel reply;
-            WriteRequest(op, newer ? iface.v11 : iface.v10, &data);
+            WriteRequest(op, Descriptor(service, op.version).c_str(), &data);
             EXPECT_EQ(binder->transact(position, data, &reply), OK);
             std::vector<Call> calls = device.TakeCalls();
             ASSERT_EQ(calls.size(), 1u);

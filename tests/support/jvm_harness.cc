@@ -167,8 +167,10 @@ JNIEnv* Env() {
 jclass Manager() {
     static std::once_flag once;
     std::call_once(once, [] {
-        Device().Start();
+        // The JVM before the device: a service's start delay counts from the device's start, and
+        // a slow JVM start (a sanitizer build on a busy machine) must not use it up.
         JNIEnv* env = Env();
+        Device().Start();
         jclass local = env->FindClass(kManager);
         if (local == nullptr) {
             env->ExceptionDescribe();

@@ -12,24 +12,24 @@ namespace kxtest {
 namespace {
 
 using simdevice::Service;
-using Lines = std::vector<LogLine>;
-using Texts = std::vector<std::string>;
 
 class Touch : public DeviceTest {
   protected:
     void SetUp() override {
         DeviceTest::SetUp();
-        Connect();  // clears the pressure-support cache
-        TakeLogs();
-        Device().TakeCalls();
+        Reconnect();  // clears the pressure-support cache
     }
-    static Texts Calls() { return DeviceTest::Calls(true); }
 };
 
 bool Supported() { return CallBool("isTpPressureSupportNative", "()Z"); }
 
+std::atomic<uint8_t>* Cache() {
+    return static_cast<std::atomic<uint8_t>*>(
+        LibrarySymbol("_ZN5kxmmi24g_tpPressureSupportCacheE"));
+}
+
 TEST_F(Touch, PressureSupportIsCachedUntilTheNextConnectReleaseOrDeath) {
-    const std::string asked = "touchscreen.isTpPressureSupported()@17";
+    const std::string asked = "touchscreen.isTpPressureSupported()";
     const LogLine noHandle = Line(E, "IsTpPressureSupported false, g_kxTouchScreen is null");
     EXPECT_TRUE(Supported());
     Answer(Service::kTouchscreen, "isTpPressureSupported", "false");
@@ -50,8 +50,7 @@ TEST_F(Touch, PressureSupportIsCachedUntilTheNextConnectReleaseOrDeath) {
     TakeLogs();
     EXPECT_FALSE(Supported());
     // A cached answer is read through its lowest bit, without looking at the handle.
-    auto* cache =
-        static_cast<std::atomic<uint8_t>*>(LibrarySymbol("_ZN5kxmmi24g_tpPressureSupportCacheE"));
+    std::atomic<uint8_t>* cache = Cache();
     ASSERT_NE(cache, nullptr);
     cache->store(3);
     EXPECT_TRUE(Supported());
@@ -91,8 +90,7 @@ TEST_F(Touch, AnswerOfAQueryThatOverlapsAPassIsNotCached) {
 // Once a release has returned and every query that overlapped it has finished, nothing may be
 // cached, since every handle is empty.
 TEST_F(Touch, QueriesRacingWithPassesLeaveNoStaleAnswer) {
-    auto* cache =
-        static_cast<std::atomic<uint8_t>*>(LibrarySymbol("_ZN5kxmmi24g_tpPressureSupportCacheE"));
+    std::atomic<uint8_t>* cache = Cache();
     ASSERT_NE(cache, nullptr);
     Answer(Service::kTouchscreen, "isTpPressureSupported", "true");
     std::atomic<bool> stop{false};
@@ -117,8 +115,7 @@ TEST_F(Touch, QueriesRacingWithPassesLeaveNoStaleAnswer) {
         while (queries[0] < after[0] || queries[1] < after[1]) std::this_thread::yield();
         stale += cache->load() & 1;
         if (rounds % 256 == 0) {
-            TakeLogs();
-            Device().TakeCalls();
+            Forget();
         }
     }
     stop = true;
@@ -132,11 +129,8 @@ TEST_F(Touch, WaitingTimeIsReducedIn64BitsKeepingItsSign) {
         {144000, 0},        {143999, 143999}, {144006, 6},        {-144000, 0},
         {-143999, -143999}, {-144006, -6},    {INT64_MAX, 55807}, {INT64_MIN, -55808}};
     for (const auto& [answer, reduced] : cases) {
-        SCOPED_TRACE(answer);
-        Answer(Service::kTouchscreen, "getTpPressureWaitingTime", std::to_string(answer));
-        EXPECT_EQ(CallLong("getTpPressureWaitingTimeNative", "()J"), reduced);
-        EXPECT_EQ(TakeLogs(), Lines{});
-        EXPECT_EQ(Calls(), Texts{"touchscreen.getTpPressureWaitingTime()@16"});
+        Check(Bind("getTpPressureWaitingTimeNative", "()J"), std::to_string(answer),
+              "touchscreen.getTpPressureWaitingTime()", std::to_string(reduced), {});
     }
 }
 
@@ -146,30 +140,28 @@ TEST_F(Touch, ExternCalibrationCopiesTheArrayAndReducesIn32BitsOnlyUnderTestCode
         {11, 143999, 143999},      {11, INT32_MAX, 11647}, {11, INT32_MIN, -11648},
         {12, INT32_MIN, INT32_MIN}};
     for (const auto& [testCtrl, answer, result] : cases) {
-        SCOPED_TRACE(answer);
-        bool empty = testCtrl == 10;  // an empty array still reaches the service
-        Answer(Service::kSensors, "setApPressureCalibrationExtern", std::to_string(answer));
-        EXPECT_EQ(CallInt("setApPressureCalibExternNative", "(II[I)I", 4, testCtrl,
-                          JInts(empty ? std::vector<int32_t>{} : std::vector{7, -8, INT32_MAX})),
-                  result);
-        std::string ctrl = std::to_string(testCtrl);
-        EXPECT_EQ(TakeLogs(),
-                  (Lines{Line(D, std::string("SetApPressureCalibrationExtern rawDataLength: ") +
-                                     (empty ? "0" : "3")),
-                         Line(D, "SetApPressureCalibrationExtern, sensorId: 4, testCtrl: " + ctrl +
-                                     ", result: " + std::to_string(result))}));
-        EXPECT_EQ(Calls(), Texts{"sensors.setApPressureCalibrationExtern(4, " + ctrl + ", [" +
-                                 (empty ? "" : "7, -8, 2147483647") + "])@21"});
+        const bool empty = testCtrl == 10;  // an empty array still reaches the service
+        const std::string ctrl = std::to_string(testCtrl), ret = std::to_string(result);
+        Check(Bind("setApPressureCalibExternNative", "(II[I)I", 4, testCtrl,
+                   JInts(empty ? std::vector<int32_t>{} : std::vector{7, -8, INT32_MAX})),
+              std::to_string(answer),
+              "sensors.setApPressureCalibrationExtern(4, " + ctrl + ", [" +
+                  (empty ? "" : "7, -8, 2147483647") + "])",
+              ret,
+              {Line(D, std::string("SetApPressureCalibrationExtern rawDataLength: ") +
+                           (empty ? "0" : "3")),
+               Line(D, "SetApPressureCalibrationExtern, sensorId: 4, testCtrl: " + ctrl +
+                           ", result: " + ret)});
     }
 }
 
-// The operations are the method's name with the type appended, at consecutive positions.
+// The operations are the method's name with the type appended.
 TEST_F(Touch, TypeSelectsTheOperationAndAnyOtherTypeCallsNothing) {
-    const std::tuple<std::string, int, int> methods[] = {{"controlTpPressureCalibMode", 2, 26},
-                                                         {"setTpPressureCalibration", -1, 28},
-                                                         {"setTpPressureVerification", 256, 30}};
+    const std::pair<std::string, int> methods[] = {{"controlTpPressureCalibMode", 2},
+                                                   {"setTpPressureCalibration", -1},
+                                                   {"setTpPressureVerification", 256}};
     for (bool answer : {true, false}) {
-        for (const auto& [name, unknown, position] : methods) {
+        for (const auto& [name, unknown] : methods) {
             for (int type : {0, 1, unknown}) {
                 SCOPED_TRACE(name + " type " + std::to_string(type));
                 std::string op = name + std::to_string(type);
@@ -182,67 +174,51 @@ TEST_F(Touch, TypeSelectsTheOperationAndAnyOtherTypeCallsNothing) {
                     Lines{Line(D, char(std::toupper(name[0])) + name.substr(1) + ", type: " +
                                       std::to_string(type) + (indexed ? ", index: 7" : "") +
                                       ", isOperationSuccess: " + (answer && known ? "1" : "0"))});
-                EXPECT_EQ(Calls(), known ? Texts{"touchscreen." + op + (indexed ? "(7)@" : "()@") +
-                                                 std::to_string(position + type)}
-                                         : Texts{});
+                EXPECT_EQ(Calls(),
+                          known ? Texts{"touchscreen." + op + (indexed ? "(7)" : "()")} : Texts{});
             }
         }
     }
 }
 
 TEST_F(Touch, ValueAnswersPassThroughWithTheirArgumentsInJavaOrder) {
-    Answer(Service::kTouchscreen, "getTpPressureStatus", "-5");
-    Answer(Service::kTouchscreen, "getTpPressureVerifyResult", "3");
-    Answer(Service::kTouchscreen, "checkTpPressureCalibPosition", "-1");
-    Answer(Service::kTouchscreen, "setTouchScreenFeatureConfig", "-22");
-    Answer(Service::kOtherdevices, "getTouchKeySupportState", "-3");
-    EXPECT_EQ(CallInt("getTpPressureStatusNative", "()I"), -5);
-    EXPECT_EQ(CallInt("getTpPressureVerifyResultNative", "(I)I", 12), 3);
-    EXPECT_EQ(CallInt("checkTpPressureCalibPositionNative", "(III)I", 1, -2, 3), -1);
-    EXPECT_EQ(CallInt("setTouchScreenFeatureConfigNative", "(ILjava/lang/String;)I", 9,
-                      JStr("glove=on,\xc3\xa9")),
-              -22);
-    EXPECT_EQ(CallInt("getTouchKeySupportFlagNative", "()I"), -3);
-    EXPECT_EQ(TakeLogs(),
-              (Lines{Line(D, "GetTpPressureStatus, result: -5"),
-                     Line(D, "GetTpPressureVerifyResult, result: 3"),
-                     Line(D, "CheckTpPressureCalibPosition, result: -1"),
-                     Line(D, "SetTouchScreenFeatureConfig, feature: 9, config: glove=on,\xc3\xa9"),
-                     Line(I, "GetTouchKeySupportState, state: -3")}));
-    EXPECT_EQ(Calls(),
-              (Texts{"touchscreen.getTpPressureStatus()@20",
-                     "touchscreen.getTpPressureVerifyResult(12)@25",
-                     "touchscreen.checkTpPressureCalibPosition(1, -2, 3)@33",
-                     "touchscreen.setTouchScreenFeatureConfig(9, \"glove=on,\xc3\xa9\")@39",
-                     "otherdevices.getTouchKeySupportState(0)@2"}));
+    Check(Bind("getTpPressureStatusNative", "()I"), "-5", "touchscreen.getTpPressureStatus()", "-5",
+          {Line(D, "GetTpPressureStatus, result: -5")});
+    Check(Bind("getTpPressureVerifyResultNative", "(I)I", 12), "3",
+          "touchscreen.getTpPressureVerifyResult(12)", "3",
+          {Line(D, "GetTpPressureVerifyResult, result: 3")});
+    Check(Bind("checkTpPressureCalibPositionNative", "(III)I", 1, -2, 3), "-1",
+          "touchscreen.checkTpPressureCalibPosition(1, -2, 3)", "-1",
+          {Line(D, "CheckTpPressureCalibPosition, result: -1")});
+    Check(Bind("setTouchScreenFeatureConfigNative", "(ILjava/lang/String;)I", 9,
+               JStr("glove=on,\xc3\xa9")),
+          "-22", "touchscreen.setTouchScreenFeatureConfig(9, \"glove=on,\xc3\xa9\")", "-22",
+          {Line(D, "SetTouchScreenFeatureConfig, feature: 9, config: glove=on,\xc3\xa9")});
+    Check(Bind("getTouchKeySupportFlagNative", "()I"), "-3",
+          "otherdevices.getTouchKeySupportState(0)", "-3",
+          {Line(I, "GetTouchKeySupportState, state: -3")});
 }
 
 TEST_F(Touch, CapacitanceTestsWriteTheServiceTextToTheirFieldWhateverTheCode) {
-    const std::tuple<const char*, const char*, const char*, Service, std::string> tests[] = {
+    const std::tuple<const char*, const char*, const char*, std::string> tests[] = {
         {"getCapacitanceTestResultNative", "GetCapacitanceTestResult", "sTpCapacitanceFailInfo",
-         Service::kTouchscreen, "touchscreen.getCapacitanceTestResult()@11"},
+         "touchscreen.getCapacitanceTestResult()"},
         {"getTouchKeyCapacitanceTestResultNative", "GetTouchkeyCapacitanceTestResult",
-         "sTouchKeyCapacitanceFailInfo", Service::kOtherdevices,
-         "otherdevices.getTouchkeyCapacitanceTestResult(0)@1"}};
+         "sTouchKeyCapacitanceFailInfo", "otherdevices.getTouchkeyCapacitanceTestResult(0)"}};
     const std::tuple<const char*, int, std::string> answers[] = {
         {R"(0,"")", 0, ""}, {R"(3,"channel 5 open")", 3, "channel 5 open"}, {"nocallback", -1, ""}};
-    for (const auto& [method, function, field, service, call] : tests) {
+    for (const auto& [method, function, field, call] : tests) {
         for (const auto& [answer, ret, info] : answers) {
-            SCOPED_TRACE(call + " " + answer);
             SetManagerStaticString(field, "stale");
-            Answer(service,
-                   call.substr(call.find('.') + 1, call.find('(') - call.find('.') - 1).c_str(),
-                   answer);
-            EXPECT_EQ(CallInt(method, "()I"), ret);
-            EXPECT_EQ(ManagerStaticString(field), info);
-            EXPECT_EQ(TakeLogs(), Lines{Line(I, std::string(function) + ", ret: " +
-                                                    std::to_string(ret) + ", info: " + info)});
-            EXPECT_EQ(Calls(), Texts{call});
+            Check(Bind(method, "()I"), answer, call, std::to_string(ret),
+                  {Line(I, std::string(function) + ", ret: " + std::to_string(ret) +
+                               ", info: " + info)});
+            EXPECT_EQ(ManagerStaticString(field), info) << call << " answering " << answer;
         }
     }
     ASSERT_TRUE(Device().Kill(Service::kPower));  // empties every handle
     WaitIdle();
-    for (const auto& [method, function, field, service, call] : tests) {
+    for (const auto& [method, function, field, call] : tests) {
         SetManagerStaticString(field, "stale");
         EXPECT_EQ(CallInt(method, "()I"), -1);
         EXPECT_EQ(ManagerStaticString(field), "stale");
@@ -250,25 +226,16 @@ TEST_F(Touch, CapacitanceTestsWriteTheServiceTextToTheirFieldWhateverTheCode) {
 }
 
 TEST_F(Touch, CalibrationAndCrownTurnAnyFailureIntoTheirFixedTexts) {
-    const char* kFailed = "Capacitance Calibrate Failed";
-    const std::tuple<bool, const char*, const char*, const char*> cases[] = {
-        // crown test or calibration, answer, Java result, error line (null: none)
-        {false, R"(0,"cal done")", "cal done", nullptr},
-        {false, R"(2,"cal done")", kFailed, "GetCapacitanceCalibrateResult fail, ret: 2"},
-        {true, R"(true,"360 deg ok")", "360 deg ok", nullptr},
-        {true, R"(false,"stuck")", "error", "GetRotateCrownTestResult fail"}};
-    for (const auto& [crown, answer, result, error] : cases) {
-        SCOPED_TRACE(answer);
-        Answer(Service::kTouchscreen,
-               crown ? "getRotateCrownTestResult" : "getCapacitanceCalibrateResult", answer);
-        EXPECT_EQ(
-            crown ? CallString("getRotaryCrownSelfTestNative", "()Ljava/lang/String;")
-                  : CallString("getCapacitanceCalibrateResultNative", "(I)Ljava/lang/String;", -4),
-            result);
-        EXPECT_EQ(TakeLogs(), error ? Lines{Line(E, error)} : Lines{});
-        EXPECT_EQ(Calls(), Texts{crown ? "touchscreen.getRotateCrownTestResult()@6"
-                                       : "touchscreen.getCapacitanceCalibrateResult(-4)@13"});
-    }
+    const Native calibration =
+        Bind("getCapacitanceCalibrateResultNative", "(I)Ljava/lang/String;", -4);
+    const Native crown = Bind("getRotaryCrownSelfTestNative", "()Ljava/lang/String;");
+    const std::string calibrated = "touchscreen.getCapacitanceCalibrateResult(-4)";
+    const std::string turned = "touchscreen.getRotateCrownTestResult()";
+    Check(calibration, R"(0,"cal done")", calibrated, "cal done", {});
+    Check(calibration, R"(2,"cal done")", calibrated, "Capacitance Calibrate Failed",
+          {Line(E, "GetCapacitanceCalibrateResult fail, ret: 2")});
+    Check(crown, R"(true,"360 deg ok")", turned, "360 deg ok", {});
+    Check(crown, R"(false,"stuck")", turned, "error", {Line(E, "GetRotateCrownTestResult fail")});
 }
 
 }  // namespace

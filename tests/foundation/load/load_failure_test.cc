@@ -37,19 +37,10 @@ TEST(LoadFailure, RefusesTheLoadButKeepsServicesConnectedAndWatched) {
     for (const LogLine& l : kxtest::TakeLogs()) {
         if (l.priority != W) lines.push_back(l);  // pre-existing reports arrive in any order
     }
-    std::vector<LogLine> expected = {
-        {D, "KxMMITest_jni: registerForNotifications"},
-        {D, "KxMMITest_jni: InitMmiNativeManager"},
-        {D, "KxMMITest_jni: g_kxFactoryInterface linkToDeath"},
-        {D, "KxMMITest_jni: g_kxDisplay linkToDeath"},
-        {D, "KxMMITest_jni: g_kxTouchScreen linkToDeath"},
-        {D, "KxMMITest_jni: g_kxSensors linkToDeath"},
-        {D, "KxMMITest_jni: g_kxPower linkToDeath"},
-        {D, "g_kxLight linkToDeath"},
-        {D, "KxMMITest_jni: g_kxOtherdevices linkToDeath"},
-        {E, "KxMMITest_jni: " + reason},
-        {E, "KxMMITest_jni: JNI_OnLoad fail, registerNatives failed"},
-    };
+    std::vector<LogLine> expected = kxtest::ConnectLines();
+    expected.insert(expected.begin(), kxtest::Line(D, "registerForNotifications"));
+    expected.push_back(kxtest::Line(E, reason));
+    expected.push_back(kxtest::Line(E, "JNI_OnLoad fail, registerNatives failed"));
     EXPECT_EQ(lines, expected);
 
     kxtest::Device().Kill(simdevice::Service::kPower);

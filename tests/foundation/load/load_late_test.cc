@@ -15,7 +15,8 @@ using kxtest::LogLine;
 using simdevice::Service;
 
 TEST(LoadLate, LoadWaitsForALateDeclaredServiceAndEndsConnected) {
-    constexpr int kDelayMs = 1200;
+    // One warning, however long the load takes to reach power, up to half a second.
+    constexpr int kDelayMs = 1500;
     ASSERT_TRUE(kxtest::Device().SetStartDelay(Service::kPower, kDelayMs));
     const auto start = std::chrono::steady_clock::now();
     kxtest::Manager();  // loads the library
@@ -28,9 +29,7 @@ TEST(LoadLate, LoadWaitsForALateDeclaredServiceAndEndsConnected) {
                        "Waited one second for vendor.tavrin.hardware.power@1.0::IKXPower/default",
                        "HidlServiceManagement");
     EXPECT_EQ(std::count(lines.begin(), lines.end(), wait), 1);
-    auto at = [&](const LogLine& l) {
-        return std::find(lines.begin(), lines.end(), l) - lines.begin();
-    };
+    auto at = [&](const LogLine& l) { return kxtest::IndexOf(lines, l); };
     EXPECT_LT(at(Line(D, "g_kxSensors linkToDeath")), at(wait));
     EXPECT_LT(at(wait), at(Line(D, "g_kxPower linkToDeath")));
     EXPECT_LT(at(Line(D, "g_kxPower linkToDeath")), at(Line(D, "g_kxOtherdevices linkToDeath")))

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <future>
 #include <thread>
 
 #include "device_test.h"
@@ -23,29 +23,16 @@ using kxtest::LogLine;
 using simdevice::Service;
 
 // Holds one thread where it calls Hold until Open.
-class Gate {
-  public:
+struct Gate {
+    std::promise<void> held, opened;
+    std::shared_future<void> heldSeen = held.get_future().share();
+    std::shared_future<void> open = opened.get_future().share();
     void Hold() {
-        std::unique_lock<std::mutex> lock(mLock);
-        mHeld = true;
-        mChanged.notify_all();
-        mChanged.wait(lock, [this] { return mOpen; });
+        held.set_value();
+        open.wait();
     }
-    void WaitHeld() {
-        std::unique_lock<std::mutex> lock(mLock);
-        mChanged.wait(lock, [this] { return mHeld; });
-    }
-    void Open() {
-        std::lock_guard<std::mutex> lock(mLock);
-        mOpen = true;
-        mChanged.notify_all();
-    }
-
-  private:
-    std::mutex mLock;
-    std::condition_variable mChanged;
-    bool mHeld = false;
-    bool mOpen = false;
+    void WaitHeld() { heldSeen.wait(); }
+    void Open() { opened.set_value(); }
 };
 
 // Whether line is logged within the time, keeping every line taken meanwhile in seen.
@@ -123,10 +110,8 @@ TEST(LoadOverlap, DeathReportDuringTheLoadsConnectPassWaitsForItToFinish) {
     EXPECT_TRUE(query.supported);
     EXPECT_EQ(query.cached, 0) << "a query that overlapped the connect pass was cached";
     EXPECT_FALSE(releasedInside) << "the release pass ran inside the connect pass";
-    auto at = [&](const LogLine& l) {
-        return std::find(seen.begin(), seen.end(), l) - seen.begin();
-    };
-    EXPECT_LT(at(Line(D, "g_kxOtherdevices linkToDeath")), at(kReleasePass));
+    EXPECT_LT(kxtest::IndexOf(seen, Line(D, "g_kxOtherdevices linkToDeath")),
+              kxtest::IndexOf(seen, kReleasePass));
     EXPECT_EQ(Rows(), "0000000");
 
     kxtest::Device().Revive(Service::kFactory);

@@ -55,15 +55,6 @@ class DeviceEffectsTest {
         assertEquals(1, MmiNativeManager.getTouchKeySupportFlagNative());
     }
 
-    @Test
-    void crashedServiceComesBack(Device device) {
-        device.answer("power.getPowerState", "crash");
-        assertEquals("", MmiNativeManager.getPowerStateNative("battery"));
-        device.waitForRestarts();
-        assertEquals("KX2611220001A7", MmiNativeManager.getBsnNative());
-        assertTrue(Texts.of(device.logs()).contains("W KxMMITest_jni: ProcessServiceDied, cookie is:5"), device.logs()::toString);
-    }
-
     private static Arguments change(String name, Consumer<Device> change, Supplier<Object> request, Object answer,
             String lastLog, boolean othersConnected) {
         return Arguments.of(name, change, request, answer, lastLog, othersConnected);
