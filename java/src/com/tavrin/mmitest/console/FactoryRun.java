@@ -7,6 +7,7 @@ import com.tavrin.mmitest.sim.SimulatedDevice;
 import java.io.PrintWriter;
 import java.io.Writer;
 import java.nio.file.Path;
+import java.time.OffsetDateTime;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Locale;
@@ -110,7 +111,7 @@ final class FactoryRun implements Callable<Integer> {
             list();
             return Console.OK;
         }
-        RunReport report = new RunReport(Console.version());
+        RunReport report = new RunReport(Console.version(), OffsetDateTime.now());
         report.options.addAll(setup());
         report.selected.addAll(chosen.stream().map(i -> i + 1).toList());
         report.repeat = repeat;

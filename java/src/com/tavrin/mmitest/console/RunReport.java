@@ -58,8 +58,10 @@ final class RunReport {
     }
 
     final String version;
-    final OffsetDateTime started = OffsetDateTime.now().truncatedTo(ChronoUnit.SECONDS);
-    final String timestamp = started.toLocalDateTime().format(DateTimeFormatter.ofPattern("yyyy-MM-dd'T'HH:mm:ss"));
+    /** When the run started, with its offset, to the second: always with the seconds, which toString drops at :00. */
+    final String started;
+    /** The same local time without the offset, as JUnit's timestamp attribute takes it. */
+    final String timestamp;
     /** The options that shaped the run, as typed: name and value. */
     final List<Option> options = new ArrayList<>();
     /** The numbers of the steps chosen to run, each run repeat times. */
@@ -80,8 +82,11 @@ final class RunReport {
     List<LogLine> downLogs = List.of();
     List<LogLine> reviveLogs = List.of();
 
-    RunReport(String version) {
+    RunReport(String version, OffsetDateTime start) {
         this.version = version;
+        OffsetDateTime second = start.truncatedTo(ChronoUnit.SECONDS);
+        started = second.format(DateTimeFormatter.ISO_OFFSET_DATE_TIME);
+        timestamp = second.toLocalDateTime().format(DateTimeFormatter.ISO_LOCAL_DATE_TIME);
     }
 
     static double ms(double seconds) {
@@ -167,8 +172,7 @@ final class RunReport {
 
     /** The run's setup, one name and value each, as JUnit properties carry it. */
     List<Option> properties() {
-        List<Option> p = new ArrayList<>(List.of(new Option("version", version), new Option("started",
-                started.toString())));
+        List<Option> p = new ArrayList<>(List.of(new Option("version", version), new Option("started", started)));
         p.addAll(options);
         p.addAll(List.of(new Option("steps", ranges(selected)), new Option("repeat", String.valueOf(repeat)),
                 new Option("drill", drillService == null ? "none" : drillService + " " + drillFault
@@ -219,7 +223,7 @@ final class RunReport {
                 passedChecks(), countedChecks() - passedChecks(),
                 checks.stream().mapToDouble(DrillCheck::durationMs).sum(), checks, Log.of(killLogs), Log.of(downLogs),
                 Log.of(reviveLogs));
-        return new Json(OutputFiles.MARK, passed(), version, timestamp, started.toString(), Math.round(seconds * 1e3),
+        return new Json(OutputFiles.MARK, passed(), version, timestamp, started, Math.round(seconds * 1e3),
                 new Setup(options, selected, repeat, drillService, drillFault), Log.of(loadLogs),
                 new Sequence(steps.size() - failedSteps(), failedSteps(), stopped, steps), drill);
     }

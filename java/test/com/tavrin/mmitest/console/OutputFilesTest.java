@@ -7,6 +7,7 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.time.OffsetDateTime;
 import java.util.List;
 
 import org.junit.jupiter.api.Test;
@@ -86,7 +87,7 @@ class OutputFilesTest {
     @ParameterizedTest
     @ValueSource(strings = {"r.xml", "r.json", "/dev/null"})
     void writtenResultsMayBeReplacedByTheNextRun(String name) throws Exception {
-        RunReport report = new RunReport("v");
+        RunReport report = new RunReport("v", OffsetDateTime.now());
         Path file = dir.resolve(name);
         assertNull(OutputFiles.write(file, name.endsWith("xml") ? report::writeJunit : report::writeJson));
         assertNull(OutputFiles.unwritable(file));

@@ -9,6 +9,7 @@ import com.tavrin.mmitest.sim.Call;
 
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.time.OffsetDateTime;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.stream.Collectors;
@@ -43,7 +44,7 @@ class RunReportTest {
 
     @BeforeAll
     static void writeBoth() throws Exception {
-        RunReport report = new RunReport("1.2-test");
+        RunReport report = new RunReport("1.2-test", OffsetDateTime.parse("2026-11-24T10:11:00.250+01:00"));
         report.drillService = "power";
         report.options.add(new RunReport.Option("--answer", "sensors.startSensorSelfTest=5"));
         report.options.add(new RunReport.Option("--absent", "light"));
@@ -109,7 +110,7 @@ class RunReportTest {
         List<String> p = JunitCheck.properties(junit);
         assertTrue(p.containsAll(List.of("version=1.2-test", "--answer=sensors.startSensorSelfTest=5",
                 "--absent=light", "steps=1-3,7", "repeat=2", "drill=power kill")), p.toString());
-        assertTrue(p.stream().anyMatch(e -> e.matches("started=\\d{4}-\\d\\d-\\d\\dT.*")), p.toString());
+        assertTrue(p.contains("started=2026-11-24T10:11:00+01:00"), p.toString());
     }
 
     @Test
@@ -133,7 +134,8 @@ class RunReportTest {
         "version | \"1.2-test\"", "setup.options.0.option | \"--answer\"",
         "setup.options.0.value | \"sensors.startSensorSelfTest=5\"", "setup.options.1.value | \"light\"",
         "setup.steps | [1,2,3,7]", "setup.repeat | 2", "setup.drill | \"power\"", "sequence.steps.0.duration_ms | 0.25",
-        "sequence.steps.1.number | 2"})
+        "sequence.steps.1.number | 2", "started | \"2026-11-24T10:11:00+01:00\"",
+        "timestamp | \"2026-11-24T10:11:00\""})
     void jsonHolds(String path, String value) {
         JsonElement e = json;
         for (String key : path.split("\\.")) {
@@ -152,7 +154,7 @@ class RunReportTest {
 
     /** A report with the given counts, for the closing lines. */
     private static RunReport counts(int steps, int failedSteps, int ok, int failed, int skipped, String drill) {
-        RunReport r = new RunReport("v");
+        RunReport r = new RunReport("v", OffsetDateTime.now());
         for (int i = 0; i < steps; i++) {
             StepRecord s = record("getBsnNative", i < failedSteps ? "" : "KX", i >= failedSteps);
             s.number = i + 1;
