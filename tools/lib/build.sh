@@ -17,9 +17,9 @@ shown_path() {
 # On a terminal the step line updates in place, with a carriage return and blanks rather than an
 # escape sequence when NO_COLOR asks for plain output. When build_ready_file is set, it creates
 # that file once a line matches build_ready_pattern (a step is done), for a caller that waits on
-# one step of a build running in the background.
+# one step of a build running in the background. The lines begin with build_me (default mmi).
 build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said already)
-    local log="$1" announcement="$2" said="$3" line part="" step="configuring" last="" tty=0
+    local log="$1" announcement="$2" said="$3" line part="" step="configuring" last="" tty=0 me="${build_me:-mmi}"
     local start=$SECONDS next=$((SECONDS + 5))
     [ -t 2 ] && tty=1
     local clear=$'\r\033[K'
@@ -44,10 +44,10 @@ build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said a
             :
         elif [ $tty -eq 1 ] && [ "$step $((SECONDS - start))" != "$last" ]; then
             last="$step $((SECONDS - start))"
-            printf '%smmi: %s (%d s)' "$clear" "$step" $((SECONDS - start)) >&2
+            printf '%s%s: %s (%d s)' "$clear" "$me" "$step" $((SECONDS - start)) >&2
         elif [ $tty -eq 0 ] && [ $SECONDS -ge $next ]; then
             next=$((SECONDS + 5))
-            printf 'mmi: %s (%d s)\n' "$step" $((SECONDS - start)) >&2
+            printf '%s: %s (%d s)\n' "$me" "$step" $((SECONDS - start)) >&2
         fi
     done
     exec 3>&-
