@@ -11,6 +11,12 @@ shown_path() {
     esac
 }
 
+# What erases the progress line on a terminal: an escape sequence, or blanks when NO_COLOR asks
+# for plain output.
+progress_clear() {
+    if [ -z "${NO_COLOR:-}" ]; then printf '\r\033[K'; else printf '\r%60s\r' ''; fi
+}
+
 # Copies the build's output (stdin) to LOG and, once the build does real work (a step other than
 # ninja's check that nothing changed) or takes longer than a second, says ANNOUNCEMENT and then
 # the step it is at, on stderr. Fails when it said nothing, so the caller knows no work was done.
@@ -22,8 +28,8 @@ build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said a
     local log="$1" announcement="$2" said="$3" line part="" step="configuring" last="" tty=0 me="${build_me:-mmi}"
     local start=$SECONDS next=$((SECONDS + 5))
     [ -t 2 ] && tty=1
-    local clear=$'\r\033[K'
-    [ -z "${NO_COLOR:-}" ] || clear=$'\r'"$(printf '%60s' '')"$'\r'
+    local clear
+    clear=$(progress_clear)
     exec 3>"$log"
     while :; do
         if IFS= read -r -t 1 line; then
