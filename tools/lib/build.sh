@@ -61,13 +61,23 @@ build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said a
     [ $said -eq 1 ]
 }
 
-# Makes FOLDER (and its parents) or ends the command with exit 1, naming the folder and the reason.
-writable_folder() {  # writable_folder FOLDER WHAT
+# Makes FOLDER (and its parents) or ends the command with exit 1, naming the folder, the reason
+# and FIX (by default: a folder of the checkout, so make it writable or use a clone).
+writable_folder() {  # writable_folder FOLDER WHAT [FIX]
     local err
-    if err=$(mkdir -p "$1" 2>&1) && [ -w "$1" ] && [ -x "$1" ]; then return 0; fi
+    if err=$(mkdir -p -- "$1" 2>&1) && [ -w "$1" ] && [ -x "$1" ]; then return 0; fi
     err="${err##*: }"
-    echo "mmi: cannot write the $2 $(shown_path "$1") (${err:-Permission denied}); make it writable, or work in a clone of the checkout you can write" >&2
+    echo "mmi: cannot write the $2 $(shown_path "$1") (${err:-Permission denied}); ${3:-make it writable, or work in a clone of the checkout you can write}" >&2
     exit 1
+}
+
+# Makes FOLDER for the logs, naming MMI_LOG_DIR and its fix when that variable chose the folder.
+log_folder() {  # log_folder FOLDER
+    if [ -n "${MMI_LOG_DIR:-}" ]; then
+        writable_folder "$1" "MMI_LOG_DIR folder" "set MMI_LOG_DIR to a folder you can write, or unset it for build/"
+    else
+        writable_folder "$1" "log folder"
+    fi
 }
 
 # Builds TARGETs (everything when none) of PRESET, which WHAT describes, configuring it first when
@@ -85,7 +95,7 @@ build() {  # build PRESET WHAT [TARGET]...
     local announcement="mmi: building $what ($preset build); log: $(shown_path "$log")"
     [ $# -eq 0 ] || targets=(--target "$@")
     writable_folder "$bdir" "build folder"
-    writable_folder "$(dirname "$log")" "log folder"
+    log_folder "$(dirname "$log")"
     local said=0
     [ -f "$bdir/build.ninja" ] || { echo "$announcement" >&2; said=1; }
     (
