@@ -139,22 +139,27 @@ final class FactoryRun implements Callable<Integer> {
                 out.verdictLine(line[0], line[1]);
             }
         }
-        boolean written = write("JUnit XML", junit, report::writeJunit) & write("JSON", json, report::writeJson);
+        List<String> unwritten = new ArrayList<>();
+        write("JUnit XML", "--junit", junit, report::writeJunit, unwritten);
+        write("JSON", "--json", json, report::writeJson, unwritten);
         // The verdict is the last line, whole however narrow the terminal: scripts read it with tail -1.
-        out.println(out.terminal.paint(report.passed() ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED,
-                report.verdictLine()));
-        return report.passed() && written ? Console.OK : Console.FAILED;
+        boolean passed = report.passed() && unwritten.isEmpty();
+        out.println(out.terminal.paint(passed ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED,
+                RunReport.verdictLine(report.verdictLine(), unwritten)));
+        return passed ? Console.OK : Console.FAILED;
     }
 
-    /** Writes a results file, if asked, saying where it went or why it could not. */
-    private boolean write(String what, Path file, OutputFiles.Content content) {
+    /** Writes a results file, if asked, saying where it went or why it could not; adds the option as typed if not. */
+    private void write(String what, String option, Path file, OutputFiles.Content content, List<String> unwritten) {
         if (file == null) {
-            return true;
+            return;
         }
         out.flush();
         String failure = OutputFiles.write(file, content);
         err.println(failure == null ? "mmi run: wrote " + what + " to " + file : "mmi run: cannot write " + failure);
-        return failure == null;
+        if (failure != null) {
+            unwritten.add(option + " " + file);
+        }
     }
 
     /**
