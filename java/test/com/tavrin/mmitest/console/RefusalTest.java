@@ -31,6 +31,7 @@ class RefusalTest {
         "run --absent display --only-1.0 display | mmi run: --absent display and --only-1.0 display contradict",
         "run --junit - | mmi run: --junit -: the results go to a file (standard output shows the table)",
         "run --json DIR/nodir/x.json | mmi run: --json DIR/nodir/x.json: folder DIR/nodir does not exist",
+        "run --junit= | mmi run: --junit needs a file name",
         "run --step 5-2 | mmi run: --step 5-2: a range runs from the lower number up",
         "run --step 2-99 | mmi run: --step 99: the steps are numbered 1 to 54",
         "run --step 2-5 -k Light | mmi run: no step matches -k Light among --step 2-5",
