@@ -120,7 +120,7 @@ public final class Console implements Callable<Integer>, IVersionProvider {
         // Method arguments are taken as typed: "@x" is a text, not a file to read arguments from;
         // options may come before or after the method, and after "--" everything is an argument.
         line.setExpandAtFiles(false);
-        line.registerConverter(FactoryRun.Range.class, FactoryRun.Range::parse);
+        line.registerConverter(FactoryRun.Steps.class, FactoryRun.Steps::parse);
         line.registerConverter(Drill.Fault.class, Drill.Fault::parse);
         line.registerConverter(DeviceOptions.StartDelay.class, DeviceOptions.StartDelay::parse);
         line.registerConverter(DeviceOptions.Answer.class, DeviceOptions.Answer::parse);
