@@ -41,6 +41,9 @@ class RefusalTest {
         "run --step 2-5 -k Light | mmi run: no step matches -k Light among --step 2-5",
         "run --dril power | mmi run: unknown option --dril (did you mean --drill?)",
         "rnu | mmi: unknown command rnu (did you mean run?)",
+        "run -- --list | mmi run: unexpected argument --list (after --, every word is an argument)",
+        "call -- --help | mmi call: unexpected argument --help (after --, every word is an argument)",
+        "call getPowerStateNative --x | mmi call: unknown option --x (an argument that begins with - goes after --: mmi",
         "call getBsnNativ | mmi call: no native method getBsnNativ (did you mean getBsnNative?)",
         "call GetBsnNative | mmi call: no native method GetBsnNative (did you mean getBsnNative?)",
         "call xyzzy | mmi call: no native method xyzzy (./mmi call --help lists them)",
@@ -53,6 +56,15 @@ class RefusalTest {
         String said = err.toString(StandardCharsets.UTF_8);
         assertEquals(List.of(2, "", 1L, true), List.of(code, out.toString(StandardCharsets.UTF_8), said.lines().count(),
                 said.startsWith(message.replace("DIR", dir.toString()))), said);
+    }
+
+    /** A suggestion is a near miss of the word, never the word itself nor a guess from one letter. */
+    @ParameterizedTest(name = "{0} among {1}")
+    @CsvSource(delimiter = '|', value = {"--help | --help -h | ''", "--x | -h --help -V | ''", "-z | -q -x | ''",
+        "--dril | --drill --no-drill | ' (did you mean --drill?)'", "rnu | run call help | ' (did you mean run?)'",
+        "--JSON | --json --junit | ' (did you mean --json?)'"})
+    void didYouMean(String word, String names, String hint) {
+        assertEquals(hint, Console.didYouMean(word, List.of(names.split(" ")), ""));
     }
 
     /** A file the console did not write is refused however it is named, and left as it was. */
