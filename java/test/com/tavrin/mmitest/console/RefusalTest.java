@@ -28,6 +28,11 @@ class RefusalTest {
         "run --drill light --no-drill | mmi run: --drill and --no-drill contradict each other; give one",
         "run --drill-fault crash --no-drill | mmi run: --drill-fault and --no-drill contradict",
         "run --start-delay power=1 --start-delay power=2 | mmi run: --start-delay power is given twice",
+        "run --answer power.getPowerState=1 --answer power.getPowerState=2 | mmi run: --answer power.getPowerState is "
+            + "given twice; give one answer per operation",
+        "call --answer light.setLight=0 --answer=light.setLight=crash getBsnNative | mmi call: --answer light.setLight "
+            + "is given twice",
+        "call --json --list-ops power | mmi call: --list-ops prints a list, not JSON, so --json has no effect",
         "run --absent display --only-1.0 display | mmi run: --absent display and --only-1.0 display contradict",
         "run --junit - | mmi run: --junit -: the results go to a file (standard output shows the table)",
         "run --json DIR/nodir/x.json | mmi run: --json DIR/nodir/x.json: folder DIR/nodir does not exist",
