@@ -4,9 +4,12 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cctype>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <sstream>
 #include <string>
@@ -371,6 +374,20 @@ int main(int argc, char** argv) {
         listeners.Append(new kxtest::QuietPrinter(quiet));
     }
     int result = RUN_ALL_TESTS();
+    // A report that never reached its reader is no report; a reader that stopped early (| head -1)
+    // has what it wanted and is told nothing, as a pipe's writer ends quietly.
+    // errno is the last failed write's: every later write to the stream failed the same way.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        const int error = errno;
+        const char* quiet = std::getenv("KXTEST_QUIET");
+        if (error != EPIPE) {
+            std::string reason = std::strerror(error);
+            reason[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(reason[0])));
+            std::fprintf(stderr, "%s: cannot write standard output: %s\n",
+                         quiet != nullptr && *quiet != '\0' ? quiet : argv[0], reason.c_str());
+        }
+        result = 1;
+    }
     // Whatever test ran, Java must never have been handed a text that is not modified UTF-8.
     for (const std::string& hex : kxtest::InvalidLibraryTexts()) {
         std::fprintf(stderr, "the library handed NewStringUTF invalid modified UTF-8: %s\n",

@@ -11,19 +11,25 @@ shown_path() {
     esac
 }
 
+# What erases the progress line on a terminal: an escape sequence, or blanks when NO_COLOR asks
+# for plain output.
+progress_clear() {
+    if [ -z "${NO_COLOR:-}" ]; then printf '\r\033[K'; else printf '\r%60s\r' ''; fi
+}
+
 # Copies the build's output (stdin) to LOG and, once the build does real work (a step other than
 # ninja's check that nothing changed) or takes longer than a second, says ANNOUNCEMENT and then
 # the step it is at, on stderr. Fails when it said nothing, so the caller knows no work was done.
 # On a terminal the step line updates in place, with a carriage return and blanks rather than an
 # escape sequence when NO_COLOR asks for plain output. When build_ready_file is set, it creates
 # that file once a line matches build_ready_pattern (a step is done), for a caller that waits on
-# one step of a build running in the background.
+# one step of a build running in the background. The lines begin with build_me (default mmi).
 build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said already)
-    local log="$1" announcement="$2" said="$3" line part="" step="configuring" last="" tty=0
+    local log="$1" announcement="$2" said="$3" line part="" step="configuring" last="" tty=0 me="${build_me:-mmi}"
     local start=$SECONDS next=$((SECONDS + 5))
     [ -t 2 ] && tty=1
-    local clear=$'\r\033[K'
-    [ -z "${NO_COLOR:-}" ] || clear=$'\r'"$(printf '%60s' '')"$'\r'
+    local clear
+    clear=$(progress_clear)
     exec 3>"$log"
     while :; do
         if IFS= read -r -t 1 line; then
@@ -44,10 +50,10 @@ build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said a
             :
         elif [ $tty -eq 1 ] && [ "$step $((SECONDS - start))" != "$last" ]; then
             last="$step $((SECONDS - start))"
-            printf '%smmi: %s (%d s)' "$clear" "$step" $((SECONDS - start)) >&2
+            printf '%s%s: %s (%d s)' "$clear" "$me" "$step" $((SECONDS - start)) >&2
         elif [ $tty -eq 0 ] && [ $SECONDS -ge $next ]; then
             next=$((SECONDS + 5))
-            printf 'mmi: %s (%d s)\n' "$step" $((SECONDS - start)) >&2
+            printf '%s: %s (%d s)\n' "$me" "$step" $((SECONDS - start)) >&2
         fi
     done
     exec 3>&-
@@ -55,13 +61,23 @@ build_progress() {  # build_progress LOG ANNOUNCEMENT SAID (1 when it was said a
     [ $said -eq 1 ]
 }
 
-# Makes FOLDER (and its parents) or ends the command with exit 1, naming the folder and the reason.
-writable_folder() {  # writable_folder FOLDER WHAT
+# Makes FOLDER (and its parents) or ends the command with exit 1, naming the folder, the reason
+# and FIX (by default: a folder of the checkout, so make it writable or use a clone).
+writable_folder() {  # writable_folder FOLDER WHAT [FIX]
     local err
-    if err=$(mkdir -p "$1" 2>&1) && [ -w "$1" ] && [ -x "$1" ]; then return 0; fi
+    if err=$(mkdir -p -- "$1" 2>&1) && [ -w "$1" ] && [ -x "$1" ]; then return 0; fi
     err="${err##*: }"
-    echo "mmi: cannot write the $2 $(shown_path "$1") (${err:-Permission denied}); make it writable, or work in a clone of the checkout you can write" >&2
+    echo "mmi: cannot write the $2 $(shown_path "$1") (${err:-Permission denied}); ${3:-make it writable, or work in a clone of the checkout you can write}" >&2
     exit 1
+}
+
+# Makes FOLDER for the logs, naming MMI_LOG_DIR and its fix when that variable chose the folder.
+log_folder() {  # log_folder FOLDER
+    if [ -n "${MMI_LOG_DIR:-}" ]; then
+        writable_folder "$1" "MMI_LOG_DIR folder" "set MMI_LOG_DIR to a folder you can write, or unset it for build/"
+    else
+        writable_folder "$1" "log folder"
+    fi
 }
 
 # Builds TARGETs (everything when none) of PRESET, which WHAT describes, configuring it first when
@@ -79,7 +95,7 @@ build() {  # build PRESET WHAT [TARGET]...
     local announcement="mmi: building $what ($preset build); log: $(shown_path "$log")"
     [ $# -eq 0 ] || targets=(--target "$@")
     writable_folder "$bdir" "build folder"
-    writable_folder "$(dirname "$log")" "log folder"
+    log_folder "$(dirname "$log")"
     local said=0
     [ -f "$bdir/build.ninja" ] || { echo "$announcement" >&2; said=1; }
     (
