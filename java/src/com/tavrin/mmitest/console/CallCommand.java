@@ -57,7 +57,10 @@ final class CallCommand implements Callable<Integer> {
     void check() {
         device.check();
         try {
-            if (listOps != null && methodName != null) {
+            if (listOps != null && json) {
+                throw new IllegalArgumentException("--list-ops prints a list, not JSON, so --json has no effect; "
+                        + "give one or the other");
+            } else if (listOps != null && methodName != null) {
                 throw new IllegalArgumentException("--list-ops takes one service and calls no method, so '"
                         + methodName + "' has no place; give --list-ops SERVICE alone");
             } else if (listOps != null) {

@@ -120,13 +120,13 @@ public final class Console implements Callable<Integer>, IVersionProvider {
         // Method arguments are taken as typed: "@x" is a text, not a file to read arguments from;
         // options may come before or after the method, and after "--" everything is an argument.
         line.setExpandAtFiles(false);
-        line.registerConverter(FactoryRun.Range.class, FactoryRun.Range::parse);
+        line.registerConverter(FactoryRun.Steps.class, FactoryRun.Steps::parse);
         line.registerConverter(Drill.Fault.class, Drill.Fault::parse);
         line.registerConverter(DeviceOptions.StartDelay.class, DeviceOptions.StartDelay::parse);
         line.registerConverter(DeviceOptions.Answer.class, DeviceOptions.Answer::parse);
         line.setParameterExceptionHandler((e, args) -> {
             CommandLine where = e.getCommandLine();
-            where.getErr().println(prefix(where) + reason(e));
+            where.getErr().println(prefix(where) + reason(e, List.of(args)));
             return USAGE;
         });
         line.setExitCodeExceptionMapper(e -> e instanceof IllegalArgumentException ? USAGE : FAILED);
@@ -144,8 +144,8 @@ public final class Console implements Callable<Integer>, IVersionProvider {
         return line.getParent() == null ? "mmi: " : "mmi " + line.getCommandName() + ": ";
     }
 
-    /** What was wrong with the command line, naming the argument: one diagnosis each. */
-    static String reason(ParameterException e) {
+    /** What was wrong with the command line (args as typed), naming the argument: one diagnosis each. */
+    static String reason(ParameterException e, List<String> args) {
         if (e.getCause() instanceof TypeConversionException t) {
             // A converter may not know which option it serves: name it unless the message does.
             String option = e.getArgSpec() instanceof OptionSpec o ? o.longestName() : "";
@@ -158,6 +158,11 @@ public final class Console implements Callable<Integer>, IVersionProvider {
         if (e instanceof UnmatchedArgumentException u) {
             CommandLine where = e.getCommandLine();
             String first = u.getUnmatched().get(0);
+            // Its first appearance is the one refused: past "--" it is no option, whatever it looks like.
+            int dashes = args.indexOf("--");
+            if (dashes >= 0 && args.indexOf(first) > dashes) {
+                return "unexpected argument " + first + " (after --, every word is an argument)";
+            }
             List<String> names = new ArrayList<>(where.getSubcommands().keySet());
             if (first.startsWith("-")) {
                 where.getCommandSpec().options().forEach(o -> names.addAll(List.of(o.names())));
@@ -171,11 +176,16 @@ public final class Console implements Callable<Integer>, IVersionProvider {
         return e.getMessage();
     }
 
-    /** " (did you mean NAME?)" for the name a misspelt word was meant as (case or 2 edits at most); else otherwise. */
+    /**
+     * " (did you mean NAME?)" for the name a misspelt word was meant as, never the word itself: case,
+     * or 2 edits at most and fewer than the word has letters past its dashes (--x is no -h); else otherwise.
+     */
     static String didYouMean(String word, Collection<String> names, String otherwise) {
         Function<String, Integer> edits = name -> distance(word.toLowerCase(Locale.ROOT),
                 name.toLowerCase(Locale.ROOT));
-        return names.stream().min(Comparator.comparing(edits)).filter(name -> edits.apply(name) < 3)
+        int letters = word.replaceFirst("^-+", "").length();
+        return names.stream().filter(name -> !name.equals(word)).min(Comparator.comparing(edits))
+                .filter(name -> edits.apply(name) < Math.min(3, letters))
                 .map(name -> " (did you mean " + name + "?)").orElse(otherwise);
     }
 

@@ -114,6 +114,13 @@ final class DeviceOptions {
             refuseIf(!late.add(d.service()), "--start-delay " + d.service()
                     + " is given twice; give one delay per service");
         }
+        // Which answer would the device give? The last one, quietly: refuse rather than guess.
+        Set<String> answered = new HashSet<>();
+        for (Answer a : answers) {
+            String operation = a.service() + "." + a.operation();
+            refuseIf(!answered.add(operation), "--answer " + operation
+                    + " is given twice; give one answer per operation");
+        }
     }
 
     private void refuseIf(boolean refused, String message) {

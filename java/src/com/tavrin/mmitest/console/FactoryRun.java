@@ -35,9 +35,10 @@ final class FactoryRun implements Callable<Integer> {
     DeviceOptions device = new DeviceOptions();
     @Option(names = "--list", description = "List the numbered steps (those selected) without running them.")
     boolean list;
-    @Option(names = "--step", split = ",", paramLabel = "N[-M]",
+    // Split here rather than by picocli, which drops empty items: "--step ," would run every step.
+    @Option(names = "--step", paramLabel = "N[-M]",
             description = "Run only these steps (numbers from --list; ranges such as 2-5,9).")
-    List<Range> stepRanges = new ArrayList<>();
+    List<Steps> stepValues = new ArrayList<>();
     @Option(names = "-k", paramLabel = "TEXT", description = "Run only the steps whose method name contains TEXT "
             + "(any case).")
     String keyword;
@@ -67,6 +68,18 @@ final class FactoryRun implements Callable<Integer> {
     boolean quiet;
     @Option(names = "--no-color", description = "No colours, even on a terminal (as does NO_COLOR).")
     boolean noColor;
+
+    /** One --step value: ranges separated by commas, none of them empty. */
+    record Steps(List<Range> ranges) {
+        static Steps parse(String value) {
+            List<String> items = List.of(value.split(",", -1));
+            if (items.contains("")) {
+                throw new TypeConversionException("--step '" + value + "': an empty item; give numbers from --list "
+                        + "such as 2-5,9");
+            }
+            return new Steps(items.stream().map(Range::parse).toList());
+        }
+    }
 
     /** Steps first to last, as --step takes them: 7, or 2-5. */
     record Range(int first, int last) {
@@ -139,22 +152,27 @@ final class FactoryRun implements Callable<Integer> {
                 out.verdictLine(line[0], line[1]);
             }
         }
-        boolean written = write("JUnit XML", junit, report::writeJunit) & write("JSON", json, report::writeJson);
+        List<String> unwritten = new ArrayList<>();
+        write("JUnit XML", "--junit", junit, report::writeJunit, unwritten);
+        write("JSON", "--json", json, report::writeJson, unwritten);
         // The verdict is the last line, whole however narrow the terminal: scripts read it with tail -1.
-        out.println(out.terminal.paint(report.passed() ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED,
-                report.verdictLine()));
-        return report.passed() && written ? Console.OK : Console.FAILED;
+        boolean passed = report.passed() && unwritten.isEmpty();
+        out.println(out.terminal.paint(passed ? Terminal.Colour.BOLD_GREEN : Terminal.Colour.BOLD_RED,
+                RunReport.verdictLine(report.verdictLine(), unwritten)));
+        return passed ? Console.OK : Console.FAILED;
     }
 
-    /** Writes a results file, if asked, saying where it went or why it could not. */
-    private boolean write(String what, Path file, OutputFiles.Content content) {
+    /** Writes a results file, if asked, saying where it went or why it could not; adds the option as typed if not. */
+    private void write(String what, String option, Path file, OutputFiles.Content content, List<String> unwritten) {
         if (file == null) {
-            return true;
+            return;
         }
         out.flush();
         String failure = OutputFiles.write(file, content);
         err.println(failure == null ? "mmi run: wrote " + what + " to " + file : "mmi run: cannot write " + failure);
-        return failure == null;
+        if (failure != null) {
+            unwritten.add(option + " " + file);
+        }
     }
 
     /**
@@ -184,7 +202,7 @@ final class FactoryRun implements Callable<Integer> {
         device.check();
         // These refuse with IllegalArgumentException, which the console refuses the command line for.
         OutputFiles.check(List.of(new OutputFiles.Output("--junit", junit), new OutputFiles.Output("--json", json)));
-        return select(steps, stepRanges, keyword);
+        return select(steps, stepValues.stream().flatMap(v -> v.ranges().stream()).toList(), keyword);
     }
 
     private ParameterException refusal(String message) {

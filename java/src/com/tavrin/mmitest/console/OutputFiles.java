@@ -4,8 +4,11 @@ import java.io.IOException;
 import java.io.InputStream;
 import java.io.OutputStream;
 import java.nio.charset.StandardCharsets;
+import java.security.SecureRandom;
 import java.nio.file.AccessDeniedException;
+import java.nio.file.FileAlreadyExistsException;
 import java.nio.file.FileSystemException;
+import java.nio.file.LinkOption;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.StandardCopyOption;
@@ -22,6 +25,9 @@ final class OutputFiles {
     /** What each results file carries so that a later run knows it may replace it. */
     static final String MARK = "mmi run";
 
+    /** The longest file name, in bytes, the usual file systems take. */
+    private static final int NAME_MAX = 255;
+
     private OutputFiles() {}
 
     /** An output file and the option that names it; the path is null when the option is not given. */
@@ -37,6 +43,9 @@ final class OutputFiles {
         List<Output> given = outputs.stream().filter(o -> o.path() != null).toList();
         for (int i = 0; i < given.size(); i++) {
             Output o = given.get(i);
+            if (o.path().toString().isEmpty()) {
+                throw new IllegalArgumentException(o.option() + " needs a file name");
+            }
             String why = unwritable(o.path());
             if (why != null) {
                 throw new IllegalArgumentException(o.option() + " " + o.path() + ": " + why);
@@ -56,6 +65,14 @@ final class OutputFiles {
             return "the results go to a file (standard output shows the table); name one";
         }
         Path absolute = file.toAbsolutePath();
+        if (file.getFileName() != null && file.getFileName().toString().getBytes(StandardCharsets.UTF_8).length
+                > NAME_MAX) {
+            return "file name too long";
+        }
+        // The rename would put a plain file where the link was; a link to a device is written through.
+        if (Files.isSymbolicLink(absolute) && (!Files.exists(absolute) || Files.isRegularFile(absolute))) {
+            return "is a symbolic link; name the file it points to";
+        }
         if (Files.isDirectory(absolute)) {
             return "is a folder; name a file in it";
         }
@@ -98,8 +115,7 @@ final class OutputFiles {
         Path temporary = null;
         try {
             if (!device) {
-                temporary = Files.createTempFile(file.toAbsolutePath().getParent(), "." + file.getFileName() + ".",
-                        ".tmp");
+                temporary = temporaryBeside(file);
             }
             try (OutputStream out = Files.newOutputStream(device ? file : temporary)) {
                 content.write(out);
@@ -119,6 +135,44 @@ final class OutputFiles {
             return file + ": " + reason(e);
         }
     }
+
+    /**
+     * A new empty file beside the target, made as any new file is (the umask applies, so a CI job
+     * of another user can read the results), or with the permissions of the file it will replace.
+     */
+    static Path temporaryBeside(Path file) throws IOException {
+        Path absolute = file.toAbsolutePath();
+        String name = absolute.getFileName().toString();
+        // Room for the dot, the random part and the suffix within the longest name.
+        while (name.getBytes(StandardCharsets.UTF_8).length > NAME_MAX - 32) {
+            name = name.substring(0, name.offsetByCodePoints(name.length(), -1));
+        }
+        for (int attempt = 0;; attempt++) {
+            Path temporary = absolute.resolveSibling("." + name + "." + Long.toUnsignedString(RANDOM.nextLong(), 36)
+                    + ".tmp");
+            try {
+                Files.createFile(temporary);
+            } catch (FileAlreadyExistsException e) {
+                if (attempt < 10) {
+                    continue;
+                }
+                throw e;
+            }
+            if (Files.isRegularFile(absolute, LinkOption.NOFOLLOW_LINKS)) {
+                try {
+                    Files.setPosixFilePermissions(temporary, Files.getPosixFilePermissions(absolute));
+                } catch (UnsupportedOperationException e) {
+                    // A file system without POSIX permissions has none to keep.
+                } catch (IOException e) {
+                    Files.deleteIfExists(temporary);
+                    throw e;
+                }
+            }
+            return temporary;
+        }
+    }
+
+    private static final SecureRandom RANDOM = new SecureRandom();
 
     /** What went wrong, worded for the user: no exception class names. */
     static String reason(Exception e) {

@@ -170,6 +170,18 @@ final class RunReport {
         return line + String.format(Locale.ROOT, " (%s%.1f s)", each, seconds);
     }
 
+    /**
+     * The verdict once the results files are written: a run whose results were lost failed, whatever
+     * its steps did, and its last line says so first, where a script reading it with tail -1 looks.
+     */
+    static String verdictLine(String verdict, List<String> unwritten) {
+        if (unwritten.isEmpty()) {
+            return verdict;
+        }
+        return "FAILED: results not written (" + String.join(", ", unwritten) + "); "
+                + verdict.replaceFirst("^(PASSED|FAILED): ", "");
+    }
+
     /** The run's setup, one name and value each, as JUnit properties carry it. */
     List<Option> properties() {
         List<Option> p = new ArrayList<>(List.of(new Option("version", version), new Option("started", started)));

@@ -28,7 +28,7 @@ class CallCommandTest {
             command.check();
             return command;
         } catch (ParameterException e) {
-            throw new IllegalArgumentException(Console.reason(e));
+            throw new IllegalArgumentException(Console.reason(e, all));
         }
     }
 

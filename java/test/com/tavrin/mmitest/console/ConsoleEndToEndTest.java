@@ -403,6 +403,21 @@ class ConsoleEndToEndTest {
         assertTrue(err.endsWith("mmi: cannot write standard output: no space left on device\n"), err);
     }
 
+    /** Results that could not be written fail the run, and the verdict line, which scripts read, says so first. */
+    @ParameterizedTest(name = "{0}")
+    @CsvSource(delimiter = '|', value = {
+        "--step 1 --junit /dev/full | FAILED: results not written (--junit /dev/full); 1 of 1 step passed (",
+        "--step 37 --json /dev/full --answer " + SELF_TEST_FAILS + " | FAILED: results not written (--json /dev/full); "
+            + "1 of 1 step failed ("})
+    void anUnwrittenResultsFileFailsTheVerdict(String options, String verdict) throws Exception {
+        List<String> args = new ArrayList<>(List.of("run", "--no-drill", "-q"));
+        args.addAll(List.of(options.split(" ")));
+        Result r = console(args.toArray(new String[0]));
+        assertEquals(1, r.code(), r.err());
+        assertTrue(r.last().startsWith(verdict), r.last());
+        assertTrue(r.err().contains("mmi run: cannot write /dev/full: no space left on device"), r.err());
+    }
+
     /** A reader that stopped early (| head -1) ends the command without a word: it has what it wanted. */
     @Test
     void aReaderThatStoppedEarlyIsNotAnError() throws Exception {

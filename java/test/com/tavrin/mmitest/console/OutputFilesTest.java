@@ -7,6 +7,7 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.nio.file.attribute.PosixFilePermissions;
 import java.time.OffsetDateTime;
 import java.util.List;
 
@@ -28,8 +29,15 @@ class OutputFilesTest {
         "plain/r.xml | DIR/plain is not a folder",
         "sub | is a folder",
         "capture.txt | holds something other than results",
-        "notes.xml | holds something other than results"})
+        "notes.xml | holds something other than results",
+        "link.json | is a symbolic link; name the file it points to",
+        "dangling.json | is a symbolic link; name the file it points to",
+        "LONG | file name too long"})
     void refused(String name, String reason) throws Exception {
+        name = name.replace("LONG", "r".repeat(252) + ".xml");
+        Files.writeString(dir.resolve("r.json"), "{\"generator\": \"mmi run\"}");
+        Files.createSymbolicLink(dir.resolve("link.json"), dir.resolve("r.json"));
+        Files.createSymbolicLink(dir.resolve("dangling.json"), dir.resolve("none.json"));
         Files.createDirectory(dir.resolve("sub"));
         Files.writeString(dir.resolve("plain"), "x");
         Files.writeString(dir.resolve("capture.txt"), "1000\n1001\n");
@@ -48,6 +56,28 @@ class OutputFilesTest {
             Files.writeString(dir.resolve(name), content.replace("\\n", "\n"));
         }
         assertNull(OutputFiles.unwritable(dir.resolve(name)));
+    }
+
+    /**
+     * A new file gets the permissions any new file gets (the umask's), so that another user's CI job
+     * may read it; a replaced one keeps its own. The longest name a file system takes is written too.
+     */
+    @ParameterizedTest(name = "{0} {1}")
+    @CsvSource(delimiter = '|', nullValues = "-", value = {"r.json | -", "r.json | rw-r--r--", "r.xml | rw-r-----",
+        "r.xml | rw-rw-rw-", "LONG | -"})
+    void writtenFilesKeepTheirPermissions(String name, String before) throws Exception {
+        Path file = dir.resolve(name.replace("LONG", "r".repeat(250) + ".json"));
+        String expected = PosixFilePermissions.toString(Files.getPosixFilePermissions(Files.createFile(
+                dir.resolve("any"))));
+        if (before != null) {
+            Files.createFile(file, PosixFilePermissions.asFileAttribute(PosixFilePermissions.fromString(before)));
+            Files.setPosixFilePermissions(file, PosixFilePermissions.fromString(before));
+            expected = before;
+        }
+        assertNull(OutputFiles.unwritable(file));
+        assertNull(OutputFiles.write(file, new RunReport("v", OffsetDateTime.now())::writeJson));
+        assertEquals(List.of(expected, true), List.of(PosixFilePermissions.toString(Files.getPosixFilePermissions(file)),
+                OutputFiles.isResults(file)));
     }
 
     @Test

@@ -28,14 +28,27 @@ class RefusalTest {
         "run --drill light --no-drill | mmi run: --drill and --no-drill contradict each other; give one",
         "run --drill-fault crash --no-drill | mmi run: --drill-fault and --no-drill contradict",
         "run --start-delay power=1 --start-delay power=2 | mmi run: --start-delay power is given twice",
+        "run --answer power.getPowerState=1 --answer power.getPowerState=2 | mmi run: --answer power.getPowerState is "
+            + "given twice; give one answer per operation",
+        "call --answer light.setLight=0 --answer=light.setLight=crash getBsnNative | mmi call: --answer light.setLight "
+            + "is given twice",
+        "call --json --list-ops power | mmi call: --list-ops prints a list, not JSON, so --json has no effect",
         "run --absent display --only-1.0 display | mmi run: --absent display and --only-1.0 display contradict",
         "run --junit - | mmi run: --junit -: the results go to a file (standard output shows the table)",
         "run --json DIR/nodir/x.json | mmi run: --json DIR/nodir/x.json: folder DIR/nodir does not exist",
+        "run --junit= | mmi run: --junit needs a file name",
+        "run --step , | mmi run: --step ',': an empty item; give numbers from --list such as 2-5,9",
+        "run --step 1, | mmi run: --step '1,': an empty item",
+        "run --step ,1 | mmi run: --step ',1': an empty item",
+        "run --step 1 --step 1-2,,3 | mmi run: --step '1-2,,3': an empty item",
         "run --step 5-2 | mmi run: --step 5-2: a range runs from the lower number up",
         "run --step 2-99 | mmi run: --step 99: the steps are numbered 1 to 54",
         "run --step 2-5 -k Light | mmi run: no step matches -k Light among --step 2-5",
         "run --dril power | mmi run: unknown option --dril (did you mean --drill?)",
         "rnu | mmi: unknown command rnu (did you mean run?)",
+        "run -- --list | mmi run: unexpected argument --list (after --, every word is an argument)",
+        "call -- --help | mmi call: unexpected argument --help (after --, every word is an argument)",
+        "call getPowerStateNative --x | mmi call: unknown option --x (an argument that begins with - goes after --: mmi",
         "call getBsnNativ | mmi call: no native method getBsnNativ (did you mean getBsnNative?)",
         "call GetBsnNative | mmi call: no native method GetBsnNative (did you mean getBsnNative?)",
         "call xyzzy | mmi call: no native method xyzzy (./mmi call --help lists them)",
@@ -48,6 +61,15 @@ class RefusalTest {
         String said = err.toString(StandardCharsets.UTF_8);
         assertEquals(List.of(2, "", 1L, true), List.of(code, out.toString(StandardCharsets.UTF_8), said.lines().count(),
                 said.startsWith(message.replace("DIR", dir.toString()))), said);
+    }
+
+    /** A suggestion is a near miss of the word, never the word itself nor a guess from one letter. */
+    @ParameterizedTest(name = "{0} among {1}")
+    @CsvSource(delimiter = '|', value = {"--help | --help -h | ''", "--x | -h --help -V | ''", "-z | -q -x | ''",
+        "--dril | --drill --no-drill | ' (did you mean --drill?)'", "rnu | run call help | ' (did you mean run?)'",
+        "--JSON | --json --junit | ' (did you mean --json?)'"})
+    void didYouMean(String word, String names, String hint) {
+        assertEquals(hint, Console.didYouMean(word, List.of(names.split(" ")), ""));
     }
 
     /** A file the console did not write is refused however it is named, and left as it was. */
