@@ -51,7 +51,7 @@ final class OutputFiles {
                 throw new IllegalArgumentException(o.option() + " " + o.path() + ": " + why);
             }
             for (Output other : given.subList(0, i)) {
-                if (other.path().toAbsolutePath().normalize().equals(o.path().toAbsolutePath().normalize())) {
+                if (same(other.path(), o.path())) {
                     throw new IllegalArgumentException(other.option() + " and " + o.option() + " name the same file "
                             + o.path() + "; give each its own");
                 }
@@ -63,6 +63,11 @@ final class OutputFiles {
     static String unwritable(Path file) {
         if (file.toString().equals("-")) {
             return "the results go to a file (standard output shows the table); name one";
+        }
+        // Under another name (/dev/stdout, or the file standard output is redirected to) the
+        // results would mix into the table or replace it; /dev/null takes both without harm.
+        if (same(file, STANDARD_OUTPUT) && !same(file, Path.of("/dev/null"))) {
+            return "is where standard output goes (the table); name another file";
         }
         Path absolute = file.toAbsolutePath();
         if (file.getFileName() != null && file.getFileName().toString().getBytes(StandardCharsets.UTF_8).length
@@ -173,6 +178,20 @@ final class OutputFiles {
     }
 
     private static final SecureRandom RANDOM = new SecureRandom();
+
+    /** This process's standard output, whatever file, pipe or terminal it is. */
+    private static final Path STANDARD_OUTPUT = Path.of("/proc/self/fd/1");
+
+    /** Whether two paths name one file: the same path, or one file (both there) under two names. */
+    static boolean same(Path a, Path b) {
+        Path x = a.toAbsolutePath().normalize();
+        Path y = b.toAbsolutePath().normalize();
+        try {
+            return x.equals(y) || Files.exists(x) && Files.exists(y) && Files.isSameFile(x, y);
+        } catch (IOException e) {
+            return false;  // what cannot be examined is judged by the checks that follow
+        }
+    }
 
     /** What went wrong, worded for the user: no exception class names. */
     static String reason(Exception e) {

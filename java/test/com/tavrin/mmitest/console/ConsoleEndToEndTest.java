@@ -418,6 +418,22 @@ class ConsoleEndToEndTest {
         assertTrue(r.err().contains("mmi run: cannot write /dev/full: no space left on device"), r.err());
     }
 
+    /**
+     * A results file that is standard output under another name would mix into the table or
+     * replace it: refused before anything runs, the output untouched.
+     */
+    @ParameterizedTest(name = "{0}")
+    @ValueSource(strings = {"--json OUT", "--junit /dev/stdout", "--junit r.xml --json /dev/fd/1"})
+    void resultsGoingToStandardOutputAreRefused(String options, @TempDir Path dir) throws Exception {
+        Path out = dir.resolve("out.txt");
+        Process p = new ProcessBuilder(console("run --no-drill --step 1 " + options.replace("OUT", out.toString())))
+                .directory(dir.toFile()).redirectOutput(out.toFile()).start();
+        String err = new String(p.getErrorStream().readAllBytes(), StandardCharsets.UTF_8);
+        assertEquals(2, p.waitFor(), err);
+        assertTrue(err.contains("is where standard output goes (the table); name another file"), err);
+        assertEquals(List.of(), Files.readAllLines(out));
+    }
+
     /** A reader that stopped early (| head -1) ends the command without a word: it has what it wanted. */
     @Test
     void aReaderThatStoppedEarlyIsNotAnError() throws Exception {
