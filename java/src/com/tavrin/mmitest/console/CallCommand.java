@@ -25,7 +25,7 @@ import picocli.CommandLine.*;
             "2:the command line was refused"})
 final class CallCommand implements Callable<Integer> {
     @Spec
-    CommandSpec spec;
+    CommandSpec command;
     @Mixin
     DeviceOptions device = new DeviceOptions();
     @Option(names = "--json", description = "Print the same facts as one JSON object on one line.")
@@ -72,13 +72,13 @@ final class CallCommand implements Callable<Integer> {
                 arguments = Natives.arguments(method, argTexts);
             }
         } catch (TypeConversionException e) {
-            throw new ParameterException(spec.commandLine(), "--list-ops: " + e.getMessage());
+            throw new ParameterException(command.commandLine(), "--list-ops: " + e.getMessage());
         }
     }
 
     @Override
     public Integer call() {
-        PrintWriter out = spec.commandLine().getOut();
+        PrintWriter out = command.commandLine().getOut();
         check();
         if (Console.CHECK_ONLY) {
             return Console.OK;

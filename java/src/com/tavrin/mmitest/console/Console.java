@@ -45,7 +45,7 @@ public final class Console implements Callable<Integer>, IVersionProvider {
     static final boolean CHECK_ONLY = Boolean.getBoolean("mmi.check-only");
 
     @Spec
-    CommandSpec spec;
+    CommandSpec command;
 
     /** Something that stopped the command after its command line was accepted: exit 1, one line. */
     static final class Failure extends RuntimeException {
@@ -73,7 +73,7 @@ public final class Console implements Callable<Integer>, IVersionProvider {
 
     @Override
     public Integer call() {
-        spec.commandLine().usage(spec.commandLine().getOut());
+        command.commandLine().usage(command.commandLine().getOut());
         return OK;
     }
 

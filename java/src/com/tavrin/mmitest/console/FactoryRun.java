@@ -30,7 +30,7 @@ import picocli.CommandLine.*;
             "2:the command line was refused"})
 final class FactoryRun implements Callable<Integer> {
     @Spec
-    CommandSpec spec;
+    CommandSpec command;
     @Mixin
     DeviceOptions device = new DeviceOptions();
     @Option(names = "--list", description = "List the numbered steps (those selected) without running them.")
@@ -112,8 +112,8 @@ final class FactoryRun implements Callable<Integer> {
     @Override
     public Integer call() {
         long start = System.nanoTime();
-        err = spec.commandLine().getErr();
-        out = new Table.Screen(spec.commandLine().getOut(), Terminal.of(System.getenv(), System::getProperty, noColor),
+        err = command.commandLine().getErr();
+        out = new Table.Screen(command.commandLine().getOut(), Terminal.of(System.getenv(), System::getProperty, noColor),
                 verbose);
         shown = quiet ? new Table.Screen(Writer.nullWriter(), out.terminal, verbose) : out;
         chosen = check();
@@ -180,7 +180,7 @@ final class FactoryRun implements Callable<Integer> {
      * the steps chosen and the results files. Returns the indices of the steps chosen.
      */
     private List<Integer> check() {
-        ParseResult given = spec.commandLine().getParseResult();
+        ParseResult given = command.commandLine().getParseResult();
         if (repeat < 1 || repeat > 100_000) {
             throw refusal("--repeat takes 1 to 100000, got " + repeat);
         }
@@ -206,7 +206,7 @@ final class FactoryRun implements Callable<Integer> {
     }
 
     private ParameterException refusal(String message) {
-        return new ParameterException(spec.commandLine(), message);
+        return new ParameterException(command.commandLine(), message);
     }
 
     /**
@@ -235,7 +235,7 @@ final class FactoryRun implements Callable<Integer> {
     /** Every option given that shapes the run, as typed, for the results files. */
     private List<RunReport.Option> setup() {
         List<String> outputOnly = List.of("--junit", "--json", "--verbose", "--quiet", "--no-color", "--list");
-        return spec.commandLine().getParseResult().matchedOptions().stream()
+        return command.commandLine().getParseResult().matchedOptions().stream()
                 .filter(o -> !outputOnly.contains(o.longestName()))
                 .flatMap(o -> (o.originalStringValues().isEmpty() ? List.of("true") : o.originalStringValues())
                         .stream().map(value -> new RunReport.Option(o.longestName(), value)))
